@@ -1,0 +1,7 @@
+#include "app/KVApplication.h"
+
+int main(int argc, char *argv[])
+{
+    KVApplication app(argc, argv);
+    return app.run();
+}
