@@ -1,0 +1,161 @@
+#include "KVToolRun.h"
+
+#include "KVPropertyList.h"
+#include "model/KVLocalization.h"
+#include "platform/KVSystemLog.h"
+
+#include <QStringDecoder>
+
+#include <cstring>
+
+namespace {
+
+// The characters that end a line: LF, VT, FF, CR, NEL and the Unicode line
+// and paragraph separators.
+bool isNewline(QChar c)
+{
+    const char16_t u = c.unicode();
+    return (u >= 0x0A && u <= 0x0D) || u == 0x85 || u == 0x2028 || u == 0x2029;
+}
+
+qsizetype indexOfNewline(const QString &text, qsizetype from)
+{
+    const QChar *data = text.constData();
+    for (qsizetype i = from, n = text.size(); i < n; ++i) {
+        if (isNewline(data[i]))
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
+KVToolRun::KVToolRun(QString program, QStringList arguments, QString title, QString abnormalEndText)
+    : m_title(std::move(title))
+    , m_abnormalEndText(std::move(abnormalEndText))
+{
+    m_invocation.program = std::move(program);
+    m_invocation.arguments = std::move(arguments);
+}
+
+void KVToolRun::passPassword(KVSecret password, qsizetype index)
+{
+    m_invocation.arguments.insert(std::clamp<qsizetype>(index, 0, m_invocation.arguments.size()),
+                                  QStringLiteral("-stdinpass"));
+    setStandardInput(std::move(password));
+}
+
+void KVToolRun::setStandardInput(KVSecret bytes)
+{
+    m_invocation.standardInput = std::move(bytes);
+}
+
+void KVToolRun::setCaptureStandardError(bool capture)
+{
+    m_invocation.captureStandardError = capture;
+}
+
+void KVToolRun::setAbnormalExitOverridesMessage(bool overrides)
+{
+    m_abnormalExitOverridesMessage = overrides;
+}
+
+void KVToolRun::fail(QString message, int code, QString domain)
+{
+    m_message = std::move(message);
+    m_code = code;
+    m_domain = std::move(domain);
+}
+
+std::optional<QVariant> KVToolRun::decodePropertyList(const QByteArray &output,
+                                                      const QString &notPropertyListText)
+{
+    KVPropertyListError error;
+    std::optional<QVariant> value = KVPropertyList::decode(output, &error);
+    if (!value) {
+        KVSystemLog::write(QStringLiteral("Plist deserialization error: %1")
+                               .arg(KVAppError(NSCocoaErrorDomain, error.code, error.description,
+                                               error.description)
+                                        .debugDescription()));
+        fail(notPropertyListText, error.code, NSCocoaErrorDomain);
+    }
+    return value;
+}
+
+KVOptionalError KVToolRun::runWholeOutput(const OutputHandler &handler)
+{
+    QByteArray output;
+    m_exit = KVToolProcess::run(m_invocation, [&output](QByteArrayView chunk) { output.append(chunk); });
+    if (!m_exit.started()) {
+        recordLaunchFailure();
+    } else if (m_exit.readError != 0) {
+        recordReadFailure();
+    } else {
+        handler(output);
+    }
+    return finish();
+}
+
+KVOptionalError KVToolRun::runLineStream(const LineHandler &handler)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8); // keeps a character split between chunks
+    QString lineBuffer;
+    m_exit = KVToolProcess::run(m_invocation, [&](QByteArrayView bytes) {
+        const QString chunk = decoder.decode(bytes);
+        qsizetype newline = indexOfNewline(chunk, 0);
+        if (newline < 0) {
+            lineBuffer += chunk;
+            return;
+        }
+        qsizetype start = 0;
+        while (newline >= 0) {
+            const QString line = lineBuffer.isEmpty() ? chunk.mid(start, newline - start)
+                                                      : lineBuffer + QStringView(chunk).sliced(start, newline - start);
+            lineBuffer.clear();
+            handler(line, QStringView(chunk).sliced(start));
+            start = newline + 1;
+            newline = indexOfNewline(chunk, start);
+        }
+        lineBuffer = chunk.sliced(start);
+    });
+    if (!m_exit.started()) {
+        recordLaunchFailure();
+    } else if (m_exit.readError != 0) {
+        recordReadFailure();
+    }
+    return finish();
+}
+
+void KVToolRun::recordReadFailure()
+{
+    const QString reason = QString::fromLocal8Bit(std::strerror(m_exit.readError));
+    KVSystemLog::write(QStringLiteral("FileHandle error: %1")
+                           .arg(KVAppError(NSCocoaErrorDomain, m_exit.readError, m_title, reason)
+                                    .debugDescription()));
+    fail(kvLocalized("FileHandle error."), m_exit.readError, NSCocoaErrorDomain);
+}
+
+void KVToolRun::recordLaunchFailure()
+{
+    const QString reason = kvLocalized("%1 could not be started (%2).")
+                               .arg(m_invocation.program,
+                                    QString::fromLocal8Bit(std::strerror(m_exit.launchError)));
+    fail(reason, m_exit.launchError, NSCocoaErrorDomain);
+    KVSystemLog::write(QStringLiteral("Error: %1")
+                           .arg(KVAppError(NSCocoaErrorDomain, m_exit.launchError, m_title, reason)
+                                    .debugDescription()));
+}
+
+KVOptionalError KVToolRun::finish()
+{
+    if (m_exit.started() && m_exit.status != 0 && (!m_message || m_abnormalExitOverridesMessage)) {
+        KVSystemLog::write(QStringLiteral("Task termination status: %1")
+                               .arg(KVAppError(NSCocoaErrorDomain, m_exit.status, m_title, m_abnormalEndText)
+                                        .debugDescription()));
+        m_message = m_abnormalEndText;
+        m_code = m_exit.status;
+    }
+    if (!m_message)
+        return std::nullopt;
+    return KVAppError(m_domain.isEmpty() ? NSCocoaErrorDomain : m_domain, m_code, m_title, *m_message);
+}

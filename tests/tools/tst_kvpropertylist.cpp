@@ -1,0 +1,112 @@
+#include "tools/KVPropertyList.h"
+#include "tools/KVValue.h"
+
+#include "KVToolDouble.h"
+
+#include <QTest>
+
+class TestKVPropertyList : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodesToolOutput()
+    {
+        const std::optional<QVariant> info =
+            KVPropertyList::decode(KVToolDouble::readFixture(QStringLiteral("hdiutil/info-encrypted-images.plist")));
+        QVERIFY(info);
+        const QVariantList images = KVValue::array(KVValue::dictionary(*info).value(QStringLiteral("images")));
+        QCOMPARE(images.size(), 3);
+        const QVariantMap first = KVValue::dictionary(images.first());
+        QCOMPARE(first.value(QStringLiteral("image-encrypted")), QVariant(true));
+        QCOMPARE(first.value(QStringLiteral("blockcount")), QVariant(qint64(204800)));
+        QCOMPARE(KVValue::array(first.value(QStringLiteral("system-entities"))).size(), 3);
+    }
+
+    void binaryRoundTripKeepsEveryType()
+    {
+        const QVariantMap original{
+            {QStringLiteral("string"), QStringLiteral("Ünïcode ✓")},
+            {QStringLiteral("integer"), qint64(1) << 40},
+            {QStringLiteral("real"), 2.5},
+            {QStringLiteral("bool"), false},
+            {QStringLiteral("data"), QByteArray("\0\1\2", 3)},
+            {QStringLiteral("uid"), QVariant::fromValue(KVPropertyListUid{7})},
+            {QStringLiteral("array"), QVariantList{QStringLiteral("a"), qint64(1)}},
+        };
+        for (const QByteArray &encoded : {KVPropertyList::encodeBinary(original), KVPropertyList::encodeXml(original)}) {
+            const std::optional<QVariant> decoded = KVPropertyList::decode(encoded);
+            QVERIFY(decoded);
+            QCOMPARE(decoded->toMap(), original);
+        }
+        QVERIFY(KVPropertyList::encodeBinary(original).startsWith("bplist00"));
+    }
+
+    void refusesWhatIsNotAPropertyList_data()
+    {
+        QTest::addColumn<QByteArray>("data");
+        const QByteArray xml = KVToolDouble::readFixture(QStringLiteral("hdiutil/info-encrypted-images.plist"));
+        const QByteArray binary = KVPropertyList::encodeBinary(QVariantMap{{QStringLiteral("images"), QVariantList{1, 2, 3}}});
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("text") << QByteArray("hdiutil: info failed - Device not configured\n");
+        QTest::newRow("truncated xml") << xml.left(xml.size() / 2);
+        QTest::newRow("truncated binary") << binary.left(binary.size() - 9);
+        QTest::newRow("binary garbage") << QByteArray("bplist00\xff\xff\xff\xff\x00\x01garbage", 22);
+    }
+
+    void refusesWhatIsNotAPropertyList()
+    {
+        QFETCH(QByteArray, data);
+        KVPropertyListError error;
+        QVERIFY(!KVPropertyList::decode(data, &error));
+        QCOMPARE(error.code, KVPropertyList::ReadCorruptError);
+        QVERIFY(!error.description.isEmpty());
+    }
+
+    void boolValueOfStrings_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("yes") << QVariant(QStringLiteral("yes")) << true;
+        QTest::newRow("no") << QVariant(QStringLiteral("no")) << false;
+        QTest::newRow("True") << QVariant(QStringLiteral("True")) << true;
+        QTest::newRow("blanks, sign, zeros then 7") << QVariant(QStringLiteral("  -007")) << true;
+        QTest::newRow("zeros only") << QVariant(QStringLiteral("000")) << false;
+        QTest::newRow("empty") << QVariant(QString()) << false;
+        QTest::newRow("absent") << QVariant() << false;
+        QTest::newRow("number 2") << QVariant(qint64(2)) << true;
+        QTest::newRow("bool") << QVariant(true) << true;
+        QTest::newRow("dictionary") << QVariant(QVariantMap{{QStringLiteral("a"), 1}}) << false;
+    }
+
+    void boolValueOfStrings()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(bool, expected);
+        QCOMPARE(KVValue::boolValue(value), expected);
+    }
+
+    void integerValue_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<qint64>("expected");
+        QTest::newRow("percent") << QVariant(QStringLiteral("91%")) << qint64(91);
+        QTest::newRow("blank and sign") << QVariant(QStringLiteral(" -12abc")) << qint64(-12);
+        QTest::newRow("no digits") << QVariant(QStringLiteral("-none-")) << qint64(0);
+        QTest::newRow("Complete") << QVariant(QStringLiteral("Complete")) << qint64(0);
+        QTest::newRow("overflow") << QVariant(QStringLiteral("99999999999999999999")) << std::numeric_limits<qint64>::max();
+        QTest::newRow("number") << QVariant(qint64(42949672960)) << qint64(42949672960);
+        QTest::newRow("real") << QVariant(3.9) << qint64(3);
+        QTest::newRow("absent") << QVariant() << qint64(0);
+    }
+
+    void integerValue()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(qint64, expected);
+        QCOMPARE(KVValue::integerValue(value), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestKVPropertyList)
+#include "tst_kvpropertylist.moc"
