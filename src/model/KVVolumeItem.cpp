@@ -49,12 +49,13 @@ void releaseItem(KVVolumeItem *item)
 
 } // namespace
 
-KVVolumeItemPtr KVVolumeItem::create(const QVariantMap &data, KVVolumeEngine *reference)
+KVVolumeItemPtr KVVolumeItem::create(const QVariantMap &data, const QPointer<KVVolumeEngine> &reference,
+                                     const KVToolPaths &tools)
 {
-    return KVVolumeItemPtr(new KVVolumeItem(data, reference), releaseItem);
+    return KVVolumeItemPtr(new KVVolumeItem(data, reference, tools), releaseItem);
 }
 
-KVVolumeItem::KVVolumeItem(const QVariantMap &data, KVVolumeEngine *reference)
+KVVolumeItem::KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngine> &reference, const KVToolPaths &tools)
     : m_raw(data)
 {
     if (m_raw.contains(HdiutilInfoKey) && !m_raw.contains(DiskutilInfoKey)) {
@@ -66,8 +67,7 @@ KVVolumeItem::KVVolumeItem(const QVariantMap &data, KVVolumeEngine *reference)
             if (stringValue(entity.value(QStringLiteral("content-hint"))) == u"GUID_partition_scheme")
                 m_guidDevice = stringValue(entity.value(QStringLiteral("dev-entry")));
         }
-        diskutilInfoFromHdiutilInfo(reference ? reference->toolPaths().diskutil
-                                              : KVToolPaths::defaults().diskutil);
+        diskutilInfoFromHdiutilInfo(tools.diskutil);
     }
 
     const QString diskutilMountPoint =

@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include "tools/KVToolPaths.h"
+
 #include <memory>
 
 class KVFileSystemEventWatcher;
@@ -36,8 +38,10 @@ public:
     static inline const QString NoType = QStringLiteral("none");
 
     // Builds an item from its source dictionary. An image entry runs diskutil
-    // once, so engines call this on their worker thread.
-    static KVVolumeItemPtr create(const QVariantMap &data, KVVolumeEngine *reference);
+    // (`tools.diskutil`) once, so engines call this on their worker thread. The
+    // item only keeps the engine weakly and never touches it off the GUI thread.
+    static KVVolumeItemPtr create(const QVariantMap &data, const QPointer<KVVolumeEngine> &reference,
+                                  const KVToolPaths &tools = KVToolPaths::defaults());
     ~KVVolumeItem() override;
 
     const QVariantMap &raw() const { return m_raw; }
@@ -98,9 +102,9 @@ public:
     static QString usedSpacePercentageText(qint64 usedSpace, qint64 totalSize);
 
 private:
-    KVVolumeItem(const QVariantMap &data, KVVolumeEngine *reference);
+    KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngine> &reference, const KVToolPaths &tools);
 
-    void diskutilInfoFromHdiutilInfo(const QString &mountPoint);
+    void diskutilInfoFromHdiutilInfo(const QString &diskutil);
     void readDiskutilInfo();
     void readSysProfilerInfo();
     void readLogicalVolumeStatus();

@@ -17,10 +17,13 @@ class FakeEngine : public KVVolumeEngine
 {
 public:
     explicit FakeEngine(const QString &diskutil)
-        : KVVolumeEngine(KVToolPaths{QString(), diskutil, QString()})
+        : tools{QString(), diskutil, QString()}
     {
     }
     void volumeSpaceDidChange() override { ++notifications; }
+    KVVolumeItemPtr create(const QVariantMap &data) { return KVVolumeItem::create(data, this, tools); }
+
+    const KVToolPaths tools;
     int notifications = 0;
 };
 
@@ -52,7 +55,7 @@ KVVolumeItemPtr diskItem(FakeEngine *engine, const QString &uuid, bool writable,
 {
     QVariantMap entry = sysProfilerEntry(mountPoint, writable ? QStringLiteral("yes") : QStringLiteral("no"));
     entry.insert(QStringLiteral("volume_uuid"), uuid);
-    return KVVolumeItem::create({{QStringLiteral("sysProfilerInfo"), entry}}, engine);
+    return engine->create({{QStringLiteral("sysProfilerInfo"), entry}});
 }
 
 } // namespace
@@ -67,7 +70,7 @@ private Q_SLOTS:
         KVToolDouble diskutil;
         diskutil.setResponseFromFile(QStringLiteral("diskutil/info-image-volume.plist"));
         FakeEngine engine(diskutil.path());
-        const KVVolumeItemPtr item = KVVolumeItem::create({{QStringLiteral("hdiutilInfo"), imageEntry(0)}}, &engine);
+        const KVVolumeItemPtr item = engine.create({{QStringLiteral("hdiutilInfo"), imageEntry(0)}});
 
         QCOMPARE(diskutil.arguments(), (QStringList{"info", "-plist", "/Volumes/Secret Stuff"}));
         QVERIFY(!diskutil.standardInputWasPipe());
@@ -102,20 +105,20 @@ private Q_SLOTS:
         KVToolDouble diskutil;
         diskutil.setResponse("Could not find disk: /Volumes/Second\n", 1);
         FakeEngine engine(diskutil.path());
-        const KVVolumeItemPtr item = KVVolumeItem::create({{QStringLiteral("hdiutilInfo"), entry}}, &engine);
+        const KVVolumeItemPtr item = engine.create({{QStringLiteral("hdiutilInfo"), entry}});
         QCOMPARE(diskutil.arguments().last(), QStringLiteral("/Volumes/Second"));
         QCOMPARE(item->mountPoint(), QStringLiteral("/Volumes/Second"));
         QVERIFY(!item->raw().contains(QStringLiteral("diskutilInfo")));
         QCOMPARE(item->name(), QString());
 
         FakeEngine noTool(QStringLiteral("/nonexistent/diskutil"));
-        QCOMPARE(KVVolumeItem::create({{QStringLiteral("hdiutilInfo"), entry}}, &noTool)->type(), KVVolumeItem::DiskImageType);
+        QCOMPARE(noTool.create({{QStringLiteral("hdiutilInfo"), entry}})->type(), KVVolumeItem::DiskImageType);
     }
 
     void diskFromTheStorageReport()
     {
         FakeEngine engine{QString()};
-        const KVVolumeItemPtr item = KVVolumeItem::create({{QStringLiteral("sysProfilerInfo"), sysProfilerEntry("/", "no")}}, &engine);
+        const KVVolumeItemPtr item = engine.create({{QStringLiteral("sysProfilerInfo"), sysProfilerEntry("/", "no")}});
         QCOMPARE(item->type(), KVVolumeItem::DiskType);
         QCOMPARE(item->diskReference(), &engine);
         QCOMPARE(item->name(), QStringLiteral("Backup"));
@@ -126,7 +129,7 @@ private Q_SLOTS:
         // The report's "locked" flag is never the one that counts.
         QVERIFY(!item->locked());
 
-        const KVVolumeItemPtr writable = KVVolumeItem::create({{QStringLiteral("sysProfilerInfo"), sysProfilerEntry("/Volumes/Backup", "yes")}}, &engine);
+        const KVVolumeItemPtr writable = engine.create({{QStringLiteral("sysProfilerInfo"), sysProfilerEntry("/Volumes/Backup", "yes")}});
         QVERIFY(!writable->readOnly());
         QVERIFY(!writable->isSystemPartition());
     }
@@ -239,7 +242,7 @@ private Q_SLOTS:
         diskutil.setResponseFromFile(QStringLiteral("diskutil/info-image-volume.plist"));
         FakeEngine engine(diskutil.path());
         KVVolumeItemPtr item;
-        std::thread worker([&] { item = KVVolumeItem::create({{QStringLiteral("hdiutilInfo"), imageEntry(0)}}, &engine); });
+        std::thread worker([&] { item = engine.create({{QStringLiteral("hdiutilInfo"), imageEntry(0)}}); });
         worker.join();
         QCOMPARE(item->thread(), QThread::currentThread());
         QTRY_VERIFY(item->events());

@@ -1,0 +1,13 @@
+#include "KVWorkspaceNotifications.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+
+KVWorkspaceNotifications *KVWorkspaceNotifications::shared()
+{
+    // Lives as long as the application object.
+    static QPointer<KVWorkspaceNotifications> notifications;
+    if (!notifications)
+        notifications = new KVWorkspaceNotifications(QCoreApplication::instance());
+    return notifications;
+}
