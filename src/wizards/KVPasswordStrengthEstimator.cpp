@@ -55,8 +55,9 @@ float KVPasswordStrengthEstimator::crackTimeForEntropy(double bits)
 
 int KVPasswordStrengthEstimator::scoreForCrackTime(float seconds)
 {
+    constexpr float kBounds[] = {1e2f, 1e4f, 1e6f, 1e8f};
     int score = 0;
-    for (const float bound : {1e2f, 1e4f, 1e6f, 1e8f}) {
+    for (const float bound : kBounds) {
         if (seconds >= bound)
             ++score;
     }
