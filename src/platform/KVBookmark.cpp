@@ -1,0 +1,161 @@
+#include "KVBookmark.h"
+
+#include "model/KVLocalization.h"
+#include "tools/KVPropertyList.h"
+#include "tools/KVValue.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QQueue>
+#include <QSet>
+
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 Version = 1;
+// How many folder entries a search for a moved file may look at, so that
+// resolving stays quick however large the file system is.
+constexpr int SearchBudget = 50000;
+// Cocoa's codes for a missing file and for a bookmark that cannot be read.
+constexpr int NoSuchFileError = 4;
+constexpr int FileReadCorruptFileError = 259;
+
+struct FileIdentity
+{
+    quint64 device = 0;
+    quint64 inode = 0;
+    bool operator==(const FileIdentity &) const = default;
+};
+
+std::optional<FileIdentity> identityOf(const QByteArray &path)
+{
+    struct stat info{};
+    if (::stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return std::nullopt;
+    return FileIdentity{quint64(info.st_dev), quint64(info.st_ino)};
+}
+
+KVAppError noSuchFile(const QString &path)
+{
+    return KVAppError(NSCocoaErrorDomain, NoSuchFileError, kvLocalized("The file couldn’t be opened."),
+                      kvLocalized("The file “%1” couldn’t be opened because there is no such file.")
+                          .arg(QFileInfo(path).fileName()));
+}
+
+// Breadth-first search of a folder tree for a file with the given identity,
+// staying on its file system and never following symbolic links.
+class MovedFileSearch
+{
+public:
+    explicit MovedFileSearch(FileIdentity wanted) : m_wanted(wanted) {}
+
+    std::optional<QByteArray> searchFrom(const QByteArray &root)
+    {
+        QQueue<QByteArray> folders;
+        folders.enqueue(root);
+        while (!folders.isEmpty() && m_budget > 0) {
+            const QByteArray folder = folders.dequeue();
+            if (m_searched.contains(folder))
+                continue;
+            m_searched.insert(folder);
+            DIR *dir = ::opendir(folder.constData());
+            if (!dir)
+                continue;
+            while (dirent *entry = ::readdir(dir)) {
+                if (--m_budget <= 0)
+                    break;
+                if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+                    continue;
+                const QByteArray path = folder + '/' + entry->d_name;
+                struct stat info{};
+                if (::lstat(path.constData(), &info) != 0 || quint64(info.st_dev) != m_wanted.device)
+                    continue;
+                if (S_ISREG(info.st_mode) && quint64(info.st_ino) == m_wanted.inode) {
+                    ::closedir(dir);
+                    return path;
+                }
+                if (S_ISDIR(info.st_mode))
+                    folders.enqueue(path);
+            }
+            ::closedir(dir);
+        }
+        return std::nullopt;
+    }
+
+private:
+    FileIdentity m_wanted;
+    int m_budget = SearchBudget;
+    QSet<QByteArray> m_searched;
+};
+
+std::optional<QByteArray> findMovedFile(const QByteArray &oldPath, FileIdentity wanted)
+{
+    MovedFileSearch search(wanted);
+    // Nearest first: the old folder, then each folder above it, then home.
+    QByteArray folder = QFile::encodeName(QFileInfo(QFile::decodeName(oldPath)).absolutePath());
+    for (int level = 0; level < 3 && !folder.isEmpty(); ++level) {
+        if (std::optional<QByteArray> found = search.searchFrom(folder))
+            return found;
+        const QByteArray parent = QFile::encodeName(QFileInfo(QFile::decodeName(folder)).absolutePath());
+        if (parent == folder)
+            break;
+        folder = parent;
+    }
+    return search.searchFrom(QFile::encodeName(QDir::homePath()));
+}
+
+} // namespace
+
+std::variant<QByteArray, KVAppError> KVBookmark::create(const QString &path)
+{
+    const QByteArray encoded = QFile::encodeName(QFileInfo(path).absoluteFilePath());
+    const std::optional<FileIdentity> identity = identityOf(encoded);
+    if (!identity)
+        return noSuchFile(path);
+    struct statvfs fileSystem{};
+    ::statvfs(encoded.constData(), &fileSystem);
+    return KVPropertyList::encodeBinary(QVariantMap{
+        {QStringLiteral("version"), Version},
+        {QStringLiteral("path"), QFile::decodeName(encoded)},
+        {QStringLiteral("device"), qint64(identity->device)},
+        {QStringLiteral("inode"), qint64(identity->inode)},
+        {QStringLiteral("fileSystem"), qint64(fileSystem.f_fsid)},
+    });
+}
+
+std::variant<KVBookmark::Resolution, KVAppError> KVBookmark::resolve(const QByteArray &bookmark)
+{
+    const QVariantMap fields = KVValue::dictionary(KVPropertyList::decode(bookmark).value_or(QVariant()));
+    const QString path = KVValue::stringValue(fields.value(QStringLiteral("path")));
+    if (path.isEmpty() || KVValue::integerValue(fields.value(QStringLiteral("version"))) > Version)
+        return KVAppError(NSCocoaErrorDomain, FileReadCorruptFileError, kvLocalized("The file couldn’t be opened."),
+                          kvLocalized("The reference to the file is damaged."));
+    const FileIdentity wanted{quint64(KVValue::integerValue(fields.value(QStringLiteral("device")))),
+                              quint64(KVValue::integerValue(fields.value(QStringLiteral("inode"))))};
+
+    const QByteArray encoded = QFile::encodeName(path);
+    if (identityOf(encoded) == wanted)
+        return Resolution{path, false};
+    if (std::optional<QByteArray> moved = findMovedFile(encoded, wanted))
+        return Resolution{QFile::decodeName(*moved), true};
+    return noSuchFile(path);
+}
+
+KVOptionalError KVBookmark::checkReachable(const QString &path)
+{
+    if (::access(QFile::encodeName(path).constData(), R_OK) == 0)
+        return std::nullopt;
+    const int error = errno;
+    if (error == ENOENT)
+        return noSuchFile(path);
+    return KVAppError(NSCocoaErrorDomain, error, kvLocalized("The file couldn’t be opened."),
+                      kvLocalized("The file “%1” couldn’t be opened: %2.")
+                          .arg(QFileInfo(path).fileName(), QString::fromLocal8Bit(std::strerror(error))));
+}

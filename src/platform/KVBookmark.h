@@ -1,0 +1,32 @@
+#pragma once
+
+#include "model/KVAppError.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <variant>
+
+// A persistent reference to a file that survives a move or rename within its
+// file system.
+//
+// The bookmark records the file's path with its device and inode and the file
+// system's identity. Resolving tries the recorded path first; when the file is
+// no longer there (or another file is), it looks for the same inode where a
+// moved file is likely to be: the old folder, the folders near it and the
+// user's home, on the same file system, within a bounded search. A file found
+// elsewhere is reported stale so that the caller can record a fresh bookmark.
+class KVBookmark
+{
+public:
+    struct Resolution
+    {
+        QString path;
+        bool stale = false;
+    };
+
+    static std::variant<QByteArray, KVAppError> create(const QString &path);
+    static std::variant<Resolution, KVAppError> resolve(const QByteArray &bookmark);
+    // Whether the file can be read now.
+    static KVOptionalError checkReachable(const QString &path);
+};

@@ -1,0 +1,36 @@
+#include "KVFileSystemType.h"
+
+#include <QFile>
+#include <QStorageInfo>
+
+#include <sys/vfs.h>
+
+namespace {
+
+// Linux's HFS+ driver reports the volume signature: "H+" for HFS+, "HX" for
+// its case-sensitive variant.
+constexpr qint64 HfsPlusMagic = 0x482b;
+constexpr qint64 HfsxMagic = 0x4858;
+
+} // namespace
+
+namespace KVFileSystemType {
+
+std::optional<QString> ofPath(const QString &path)
+{
+    if (path.isEmpty())
+        return std::nullopt;
+    struct statfs info{};
+    if (::statfs(QFile::encodeName(path).constData(), &info) != 0)
+        return std::nullopt;
+    return name(qint64(info.f_type), QString::fromLatin1(QStorageInfo(path).fileSystemType()));
+}
+
+QString name(qint64 magic, const QString &mountType)
+{
+    if (magic == HfsPlusMagic || magic == HfsxMagic || mountType == u"hfsplus")
+        return QStringLiteral("hfs");
+    return mountType;
+}
+
+} // namespace KVFileSystemType

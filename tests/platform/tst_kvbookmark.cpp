@@ -1,0 +1,88 @@
+#include "platform/KVBookmark.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestKVBookmark : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QString makeFile(const QString &path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly))
+            qFatal("cannot create %s", qPrintable(path));
+        file.write("sparse image");
+        return path;
+    }
+
+    static KVBookmark::Resolution resolved(const QByteArray &bookmark)
+    {
+        auto result = KVBookmark::resolve(bookmark);
+        if (auto *error = std::get_if<KVAppError>(&result))
+            qFatal("not resolved: %s", qPrintable(error->debugDescription()));
+        return std::get<KVBookmark::Resolution>(result);
+    }
+
+private Q_SLOTS:
+    void followsAFileThatMovesAndIsRenamed()
+    {
+        QTemporaryDir dir;
+        QDir(dir.path()).mkpath(QStringLiteral("Documents/Images"));
+        QDir(dir.path()).mkpath(QStringLiteral("Archive/2026"));
+        const QString original = makeFile(dir.filePath(QStringLiteral("Documents/Images/Secret Stuff.sparseimage")));
+        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(original));
+
+        KVBookmark::Resolution found = resolved(bookmark);
+        QCOMPARE(found.path, original);
+        QVERIFY(!found.stale);
+
+        const QString renamed = dir.filePath(QStringLiteral("Documents/Images/Ünïcode name.sparseimage"));
+        QVERIFY(QFile::rename(original, renamed));
+        found = resolved(bookmark);
+        QCOMPARE(found.path, renamed);
+        QVERIFY(found.stale);
+
+        const QString moved = dir.filePath(QStringLiteral("Archive/2026/old.sparseimage"));
+        QVERIFY(QFile::rename(renamed, moved));
+        found = resolved(bookmark);
+        QCOMPARE(found.path, moved);
+        QVERIFY(found.stale);
+
+        // A fresh bookmark of the new place is not stale.
+        QVERIFY(!resolved(std::get<QByteArray>(KVBookmark::create(moved))).stale);
+    }
+
+    void anotherFileAtTheOldPathIsNotTheBookmarkedOne()
+    {
+        QTemporaryDir dir;
+        const QString path = makeFile(dir.filePath(QStringLiteral("a.sparseimage")));
+        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(path));
+        QVERIFY(QFile::rename(path, dir.filePath(QStringLiteral("b.sparseimage"))));
+        makeFile(path);
+        QCOMPARE(resolved(bookmark).path, dir.filePath(QStringLiteral("b.sparseimage")));
+    }
+
+    void aDeletedFileIsAClearError()
+    {
+        QTemporaryDir dir;
+        const QString path = makeFile(dir.filePath(QStringLiteral("Gone.sparseimage")));
+        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(path));
+        QVERIFY(QFile::remove(path));
+        auto result = KVBookmark::resolve(bookmark);
+        QVERIFY(std::holds_alternative<KVAppError>(result));
+        QVERIFY(std::get<KVAppError>(result).localizedFailureReason().contains(u"Gone.sparseimage"));
+        QVERIFY(KVBookmark::checkReachable(path));
+
+        auto missing = KVBookmark::create(path);
+        QVERIFY(std::holds_alternative<KVAppError>(missing));
+        QVERIFY(std::holds_alternative<KVAppError>(KVBookmark::resolve(QByteArray("garbage"))));
+        QVERIFY(std::holds_alternative<KVAppError>(KVBookmark::resolve(QByteArray())));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestKVBookmark)
+#include "tst_kvbookmark.moc"
