@@ -11,7 +11,7 @@ public:
     KVColors() = delete;
 
     // A colour given as hue, saturation and brightness, each from 0 to 1, the
-    // way the artwork specifies every colour of the application.
+    // way every colour of the application is chosen.
     static QColor fromHsb(float hue, float saturation, float brightness, float alpha = 1.0f);
 
     static const QColor &kvDarkGrey();
