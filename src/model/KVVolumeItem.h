@@ -4,12 +4,13 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include "KVVolumeEngine.h"
 #include "tools/KVToolPaths.h"
 
 #include <memory>
 
 class KVFileSystemEventWatcher;
-class KVVolumeEngine;
+
 class QTimer;
 
 class KVVolumeItem;

@@ -1,0 +1,7 @@
+#include "KVAppNotifications.h"
+
+KVAppNotifications &KVAppNotifications::instance()
+{
+    static KVAppNotifications notifications;
+    return notifications;
+}
