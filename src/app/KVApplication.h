@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QApplication>
+
 #include <memory>
 
-class KVMainWindow;
+class KVAppDelegate;
+class KVSingleInstance;
 
-// The Korvelle process: application identity, artwork and the main window.
+// The Korvelle process: its identity, the one running instance per session,
+// and the controller that does the rest.
 class KVApplication : public QApplication
 {
     Q_OBJECT
@@ -17,5 +20,6 @@ public:
     int run();
 
 private:
-    std::unique_ptr<KVMainWindow> m_mainWindow;
+    std::unique_ptr<KVAppDelegate> m_delegate;
+    KVSingleInstance *m_instance;
 };

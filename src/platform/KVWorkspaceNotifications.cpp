@@ -1,5 +1,7 @@
 #include "KVWorkspaceNotifications.h"
 
+#include "KVMountTableWatcher.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 
@@ -7,7 +9,9 @@ KVWorkspaceNotifications *KVWorkspaceNotifications::shared()
 {
     // Lives as long as the application object.
     static QPointer<KVWorkspaceNotifications> notifications;
-    if (!notifications)
+    if (!notifications) {
         notifications = new KVWorkspaceNotifications(QCoreApplication::instance());
+        new KVMountTableWatcher(notifications);
+    }
     return notifications;
 }

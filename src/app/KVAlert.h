@@ -1,0 +1,14 @@
+#pragma once
+
+#include "model/KVAppError.h"
+
+class QWidget;
+
+// Alerts built from error values: the description is the headline and the
+// recovery suggestion stands beneath it. They are modal to their window but do
+// not block the event loop, so engines and timers keep running behind them.
+namespace KVAlert {
+
+void showError(QWidget *parent, const KVAppError &error);
+
+} // namespace KVAlert

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "KVFavouriteFolder.h"
+#include "diskimage/KVDiskImageDelegate.h"
+#include "disk/KVDiskDelegate.h"
+#include "model/KVVolumeItem.h"
+#include "platform/KVRecentDocuments.h"
+#include "tools/KVToolPaths.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <atomic>
+#include <memory>
+#include <variant>
+
+class KVDisk;
+class KVDiskImage;
+class KVMainWindow;
+class KVPreferencesController;
+class KVWorkspaceNotifications;
+
+// The application's controller: it owns the two engines, the unified list of
+// mounted volumes, the favourites and the dialogs, and it decides what happens
+// at start-up, when a file is handed over and at quit.
+class KVAppDelegate : public QObject, public KVDiskImageDelegate, public KVDiskDelegate
+{
+    Q_OBJECT
+
+public:
+    // What the controller works with; the application passes the system's.
+    struct Services
+    {
+        KVToolPaths tools = KVToolPaths::defaults();
+        KVWorkspaceNotifications *workspace = nullptr;
+        KVRecentDocuments recentDocuments;
+    };
+
+    explicit KVAppDelegate(Services services, QObject *parent = nullptr);
+    ~KVAppDelegate() override;
+
+    KVMainWindow *mainWindow() const { return m_mainWindow.get(); }
+    KVDiskImage *di() const { return m_di.get(); }
+    KVDisk *disks() const { return m_disks.get(); }
+
+    void applicationDidFinishLaunching();
+    // The application was started again: bring the window back when it is not shown.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows);
+    // A file handed over by the system: only "sparseimage" images are taken.
+    bool openFile(const QString &path);
+
+    // Quit. When volumes are to be unmounted first, the answer is Later and
+    // terminate() follows once every unmount has reported back.
+    enum class TerminateReply { Now, Later };
+    TerminateReply applicationShouldTerminate();
+    // The window's close button and the Quit command both come here.
+    void requestQuit();
+
+    void showPreferences();
+    void windowBecomesKey();
+    void reloadMountedList();
+    void unmountVolume(const KVVolumeItemPtr &item);
+    void unmountAll();
+
+    // What the "Mounted" section shows: the images, then the disks.
+    const QList<KVVolumeItemPtr> &unifiedVolumes() const { return m_unifiedVolumes; }
+    const KVVolumeItemPtr &currentSelection() const { return m_currentSelection; }
+    void setCurrentSelection(const KVVolumeItemPtr &item);
+    void updateAfterVolumeChange();
+
+    // Favourites.
+    const QList<KVFavouriteFolderPtr> &favourites() const { return m_favourites; }
+    QList<KVFavouriteFolderPtr> &favourites() { return m_favourites; }
+    void addFavouriteFolder();
+    void addToFavourites(const KVFavouriteFolderPtr &folder);
+    void deleteFavourite(const std::variant<KVFavouriteFolderPtr, KVFavouriteItemPtr> &favourite);
+    void renameFavouriteFolder(const KVFavouriteFolderPtr &folder, const QString &name);
+    void updateFavs();
+
+    // The image about to be mounted through the mount sheet.
+    const QString &mountImagePath() const { return m_mountImagePath; }
+
+    bool appShouldTerminate() const { return m_quit->appShouldTerminate; }
+
+    void mountedDiskImagesDidChange(KVDiskImage *engine, const QList<KVVolumeItemPtr> &volumes) override;
+    void mountedDiskImagesUpdateDidFail(KVDiskImage *engine, const KVAppError &error) override;
+    void mountedDisksDidChange(KVDisk *engine, const QList<KVVolumeItemPtr> &volumes) override;
+    void mountedDisksUpdateDidFail(KVDisk *engine, const KVAppError &error) override;
+
+Q_SIGNALS:
+    // The application may end now.
+    void terminate();
+    // The mount sheet is to be shown for mountImagePath().
+    void mountDiskImageSheetRequested();
+
+private:
+    static QVariantMap registeredDefaults();
+    QList<KVFavouriteFolderPtr> getFavourites() const;
+    void updateAddToFavouritePullDown();
+    void updateDetailView();
+    void showError(const KVAppError &error);
+    bool forceUnmount() const;
+    bool disksAvailable() const;
+    void reloadSidebar();
+
+    Services m_services;
+    std::unique_ptr<KVMainWindow> m_mainWindow;
+    std::unique_ptr<KVDiskImage> m_di;
+    std::unique_ptr<KVDisk> m_disks;
+    std::unique_ptr<KVPreferencesController> m_preferencesController;
+
+    QList<KVVolumeItemPtr> m_unifiedVolumes;
+    KVVolumeItemPtr m_currentSelection;
+    QList<KVFavouriteFolderPtr> m_favourites;
+    QString m_mountImagePath;
+
+    // A quit that waits for unmounts. Once set, appShouldTerminate stays set.
+    // Unmount completions count on the image engine's worker thread, so the
+    // state is shared with them rather than read through the controller.
+    struct QuitState
+    {
+        std::atomic<bool> appShouldTerminate{false};
+        std::atomic<qint64> tryToUnmountQuantity{0};
+        std::atomic<qint64> tryToUnmountCount{0};
+    };
+    std::shared_ptr<QuitState> m_quit = std::make_shared<QuitState>();
+};
