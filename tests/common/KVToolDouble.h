@@ -49,6 +49,9 @@ public:
         write(m_dir.filePath(QStringLiteral("script.") + key), commands);
     }
 
+    // A file in the double's folder, for scripts to print ("$d/<name>").
+    void addFile(const QString &name, const QByteArray &bytes) { write(m_dir.filePath(name), bytes); }
+
     int runCount() const { return read(QStringLiteral("count")).trimmed().toInt(); }
 
     QStringList arguments(int run = 1) const

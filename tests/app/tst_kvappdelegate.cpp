@@ -1,0 +1,407 @@
+#include "app/KVAppDelegate.h"
+#include "app/KVFavouriteItem.h"
+#include "app/KVFavouritesArchive.h"
+#include "app/KVMainWindow.h"
+#include "app/KVPreferenceKeys.h"
+#include "app/KVPreferencesController.h"
+#include "platform/KVUserDefaults.h"
+#include "platform/KVWorkspaceNotifications.h"
+#include "tools/KVPropertyList.h"
+
+#include "KVToolDouble.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTest>
+
+namespace {
+
+// hdiutil: "info" lists the images of info.plist; "detach" succeeds, unless a
+// file "busy-<device>" or "abnormal-<device>" says otherwise.
+constexpr char HdiutilScript[] = R"(case "$1" in
+info) cat "$d/info.plist"; exit 0;;
+detach) for last in "$@"; do :; done; name=${last#/dev/}
+  if [ -f "$d/busy-$name" ]; then printf 'hdiutil: couldn'"'"'t unmount "%s" - Resource busy\nhdiutil: detach failed - Resource busy\n' "$name"; exit 16; fi
+  printf '"%s" unmounted.\n"%s" ejected.\n' "$name" "$name"
+  if [ -f "$d/abnormal-$name" ]; then exit 1; fi
+  exit 0;;
+esac
+)";
+
+// diskutil info -plist MOUNTPOINT answers with the file named after the mount point's last component.
+constexpr char DiskutilScript[] = R"(name=$(basename "$3"); cat "$d/$name.plist"; exit 0
+)";
+
+QVariantMap imageEntry(int disk, const QString &mountPoint)
+{
+    const QString device = QStringLiteral("/dev/disk%1").arg(disk);
+    return {{QStringLiteral("image-encrypted"), true},
+            {QStringLiteral("image-path"), QStringLiteral("/home/someone/%1.sparseimage").arg(disk)},
+            {QStringLiteral("system-entities"),
+             QVariantList{QVariantMap{{QStringLiteral("content-hint"), QStringLiteral("GUID_partition_scheme")},
+                                      {QStringLiteral("dev-entry"), device}},
+                          QVariantMap{{QStringLiteral("content-hint"), QStringLiteral("Linux")},
+                                      {QStringLiteral("dev-entry"), QString(device + QStringLiteral("s1"))},
+                                      {QStringLiteral("mount-point"), mountPoint}}}}};
+}
+
+QByteArray diskutilInfo(int disk, const QString &mountPoint)
+{
+    return KVPropertyList::encodeXml(QVariantMap{
+        {QStringLiteral("VolumeName"), mountPoint.section(u'/', -1)},
+        {QStringLiteral("MountPoint"), mountPoint},
+        {QStringLiteral("VolumeUUID"), QStringLiteral("UUID-%1").arg(disk)},
+        {QStringLiteral("Writable"), true},
+        {QStringLiteral("TotalSize"), qint64(1000000000)},
+        {QStringLiteral("FreeSpace"), qint64(250000000)},
+        {QStringLiteral("FilesystemName"), QStringLiteral("Journaled HFS+")},
+        {QStringLiteral("DeviceIdentifier"), QStringLiteral("disk%1s1").arg(disk)},
+    });
+}
+
+// The system volume, encrypted, as the storage report lists it.
+QByteArray storageReportWithEncryptedSystemVolume()
+{
+    const QVariantMap volume{
+        {QStringLiteral("_name"), QStringLiteral("Macintosh HD")},
+        {QStringLiteral("bsd_name"), QStringLiteral("disk1")},
+        {QStringLiteral("file_system"), QStringLiteral("Journaled HFS+")},
+        {QStringLiteral("mount_point"), QStringLiteral("/")},
+        {QStringLiteral("size_in_bytes"), qint64(500000000000)},
+        {QStringLiteral("free_space_in_bytes"), qint64(100000000000)},
+        {QStringLiteral("volume_uuid"), QStringLiteral("SYSTEM-UUID")},
+        {QStringLiteral("writable"), QStringLiteral("yes")},
+        {QStringLiteral("com.apple.corestorage.lv"),
+         QVariantMap{{QStringLiteral("com.apple.corestorage.lv.encrypted"), QStringLiteral("yes")},
+                     {QStringLiteral("com.apple.corestorage.lv.uuid"), QStringLiteral("LV-SYSTEM")}}},
+    };
+    return KVPropertyList::encodeXml(QVariantList{QVariantMap{{QStringLiteral("_items"), QVariantList{volume}}}});
+}
+
+class Fixture
+{
+public:
+    Fixture(int images, bool systemVolume = false)
+        : hdiutil(QStringLiteral("hdiutil"))
+        , diskutil(QStringLiteral("diskutil"))
+        , systemProfiler(QStringLiteral("system_profiler"))
+    {
+        QVariantList entries;
+        for (int i = 0; i < images; ++i) {
+            const QString mountPoint = QStringLiteral("/media/Volume%1").arg(i + 4);
+            entries.append(imageEntry(i + 4, mountPoint));
+            diskutil.addFile(QStringLiteral("Volume%1.plist").arg(i + 4), diskutilInfo(i + 4, mountPoint));
+        }
+        hdiutil.addFile(QStringLiteral("info.plist"), KVPropertyList::encodeXml(QVariantMap{{QStringLiteral("images"), entries}}));
+        hdiutil.setScript(HdiutilScript);
+        diskutil.setScript(DiskutilScript);
+        systemProfiler.setResponse(systemVolume ? storageReportWithEncryptedSystemVolume()
+                                                : KVPropertyList::encodeXml(QVariantList{QVariantMap{{QStringLiteral("_items"), QVariantList()}}}));
+        recentFile = recentDir.filePath(QStringLiteral("recently-used.xbel"));
+        delegate = std::make_unique<KVAppDelegate>(KVAppDelegate::Services{
+            KVToolPaths{hdiutil.path(), diskutil.path(), systemProfiler.path()}, &workspace, KVRecentDocuments(recentFile)});
+    }
+
+    // The hdiutil runs that detached something, by device.
+    QStringList detachRuns() const
+    {
+        QStringList runs;
+        for (int run = 1; run <= hdiutil.runCount(); ++run) {
+            const QStringList arguments = hdiutil.arguments(run);
+            if (arguments.first() == u"detach")
+                runs.append(arguments.join(u' '));
+        }
+        return runs;
+    }
+
+    KVToolDouble hdiutil;
+    KVToolDouble diskutil;
+    KVToolDouble systemProfiler;
+    KVWorkspaceNotifications workspace;
+    QTemporaryDir recentDir;
+    QString recentFile;
+    std::unique_ptr<KVAppDelegate> delegate;
+};
+
+QMessageBox *openAlert()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
+void closeAlerts()
+{
+    while (QMessageBox *box = openAlert())
+        box->close();
+}
+
+} // namespace
+
+class TestKVAppDelegate : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
+    }
+
+    void init()
+    {
+        KVUserDefaults &defaults = KVUserDefaults::standard();
+        for (const QString &key : {KVFavouritesKey, KVUnreadableFavouritesKey, KVAutoUnmountVolumesKey,
+                                   KVForceAutoUnmountKey, KVForceUnmountKey, KVSaveOpenRecentKey})
+            defaults.removeObject(key);
+    }
+
+    void cleanup() { closeAlerts(); }
+
+    void firstStartShowsHomeAndWork()
+    {
+        Fixture fixture(0);
+        fixture.delegate->applicationDidFinishLaunching();
+        QCOMPARE(fixture.delegate->favourites().size(), 2);
+        QCOMPARE(fixture.delegate->favourites().at(0)->name(), QStringLiteral("Home"));
+        QCOMPARE(fixture.delegate->favourites().at(1)->name(), QStringLiteral("Work"));
+        QVERIFY(!KVUserDefaults::standard().object(KVMountDiskImageAfterCreationKey).isNull());
+        QVERIFY(KVPreferencesController::prefMountDiskImageAfterCreation());
+        QVERIFY(!KVPreferencesController::prefSaveOpenRecent());
+    }
+
+    void folderNumberingAndPersistence()
+    {
+        Fixture fixture(0);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        delegate.addFavouriteFolder();
+        QCOMPARE(delegate.favourites().last()->name(), QStringLiteral("Untitled 3"));
+        delegate.deleteFavourite(delegate.favourites().first());
+        delegate.addFavouriteFolder();
+        QCOMPARE(delegate.favourites().last()->name(), QStringLiteral("Untitled 3"));
+
+        const auto saved = KVFavouritesArchive::unarchiveList(KVUserDefaults::standard().dataForKey(KVFavouritesKey));
+        QVERIFY(saved);
+        QStringList names;
+        for (const KVFavouriteFolderPtr &folder : *saved)
+            names.append(folder->name());
+        QCOMPARE(names, (QStringList{"Work", "Untitled 3", "Untitled 3"}));
+        QCOMPARE(delegate.mainWindow()->addToFavouritesMenu()->actions().size(), 3);
+
+        // A later start reads them back.
+        Fixture restarted(0);
+        restarted.delegate->applicationDidFinishLaunching();
+        QCOMPARE(restarted.delegate->favourites().size(), 3);
+    }
+
+    void addingAndDeletingFavourites()
+    {
+        QTemporaryDir dir;
+        Fixture fixture(1);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 1);
+        const KVFavouriteFolderPtr home = delegate.favourites().first();
+
+        // Nothing selected, then a disk: the command does nothing.
+        delegate.addToFavourites(home);
+        QVERIFY(home->content().isEmpty());
+
+        // The image's file must exist to be bookmarked: an image whose file is gone
+        // gives an alert and adds nothing.
+        delegate.setCurrentSelection(delegate.unifiedVolumes().first());
+        delegate.addToFavourites(home);
+        QVERIFY(home->content().isEmpty());
+        QTRY_VERIFY(openAlert());
+        closeAlerts();
+    }
+
+    void unreadableFavouritesAreKeptAside()
+    {
+        KVUserDefaults::standard().setObject(QByteArray("bplist00 damaged"), KVFavouritesKey);
+        Fixture fixture(0);
+        fixture.delegate->applicationDidFinishLaunching();
+        QCOMPARE(fixture.delegate->favourites().size(), 2);
+        QCOMPARE(fixture.delegate->favourites().first()->name(), QStringLiteral("Home"));
+        QCOMPARE(KVUserDefaults::standard().dataForKey(KVUnreadableFavouritesKey), QByteArray("bplist00 damaged"));
+    }
+
+    void openFileTakesOnlySparseImages()
+    {
+        Fixture fixture(0);
+        fixture.delegate->applicationDidFinishLaunching();
+        QSignalSpy sheets(fixture.delegate.get(), &KVAppDelegate::mountDiskImageSheetRequested);
+        QVERIFY(!fixture.delegate->openFile(QStringLiteral("/home/someone/image.dmg")));
+        QVERIFY(!fixture.delegate->openFile(QStringLiteral("/home/someone/image.sparsebundle")));
+        QVERIFY(!fixture.delegate->openFile(QStringLiteral("/home/someone/image.SPARSEIMAGE")));
+        QCOMPARE(sheets.count(), 0);
+        QVERIFY(fixture.delegate->openFile(QStringLiteral("/home/someone/my image.sparseimage")));
+        QCOMPARE(sheets.count(), 1);
+        QCOMPARE(fixture.delegate->mountImagePath(), QStringLiteral("/home/someone/my image.sparseimage"));
+    }
+
+    void reopenBringsTheWindowBack()
+    {
+        Fixture fixture(0);
+        fixture.delegate->applicationDidFinishLaunching();
+        QVERIFY(!fixture.delegate->mainWindow()->isVisible());
+        QVERIFY(fixture.delegate->applicationShouldHandleReopen(false));
+        QVERIFY(fixture.delegate->mainWindow()->isVisible());
+        QVERIFY(!fixture.delegate->applicationShouldHandleReopen(true));
+    }
+
+    void quitWithoutAutoUnmountOrVolumes()
+    {
+        Fixture fixture(2);
+        fixture.delegate->applicationDidFinishLaunching();
+        QTRY_COMPARE(fixture.delegate->unifiedVolumes().size(), 2);
+        QCOMPARE(fixture.delegate->applicationShouldTerminate(), KVAppDelegate::TerminateReply::Now);
+
+        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        Fixture empty(0);
+        empty.delegate->applicationDidFinishLaunching();
+        QCOMPARE(empty.delegate->applicationShouldTerminate(), KVAppDelegate::TerminateReply::Now);
+    }
+
+    void quitWaitsForEveryUnmountFailuresIncluded()
+    {
+        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        Fixture fixture(3);
+        fixture.hdiutil.addFile(QStringLiteral("busy-disk5"), QByteArray());
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 3);
+        QSignalSpy terminated(&delegate, &KVAppDelegate::terminate);
+
+        QCOMPARE(delegate.applicationShouldTerminate(), KVAppDelegate::TerminateReply::Later);
+        QVERIFY(delegate.appShouldTerminate());
+        QTRY_COMPARE(terminated.count(), 1);
+        QCOMPARE(fixture.detachRuns(),
+                 (QStringList{"detach -verbose /dev/disk4", "detach -verbose /dev/disk5", "detach -verbose /dev/disk6"}));
+        // The failed unmount during the quit was neither shown nor kept back.
+        QVERIFY(!openAlert());
+    }
+
+    void aSystemVolumeKeepsTheQuitWaiting()
+    {
+        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        Fixture fixture(2, true);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 3);
+        QVERIFY(delegate.unifiedVolumes().last()->isSystemPartition());
+        QSignalSpy terminated(&delegate, &KVAppDelegate::terminate);
+        QCOMPARE(delegate.applicationShouldTerminate(), KVAppDelegate::TerminateReply::Later);
+        QTRY_COMPARE(fixture.detachRuns().size(), 2);
+        QTest::qWait(200);
+        QCOMPARE(terminated.count(), 0);
+    }
+
+    void forceFlag_data()
+    {
+        QTest::addColumn<bool>("quitting");
+        QTest::addColumn<bool>("forceAutoUnmount");
+        QTest::addColumn<bool>("forceUnmount");
+        QTest::addColumn<bool>("forced");
+        QTest::newRow("quit, force at quit") << true << true << false << true;
+        QTest::newRow("quit, no force at quit") << true << false << true << false;
+        QTest::newRow("user, force") << false << false << true << true;
+        QTest::newRow("user, no force") << false << true << false << false;
+    }
+
+    void forceFlag()
+    {
+        QFETCH(bool, quitting);
+        QFETCH(bool, forceAutoUnmount);
+        QFETCH(bool, forceUnmount);
+        QFETCH(bool, forced);
+        KVPreferencesController::setPrefAutoUnmountVolumes(quitting);
+        KVPreferencesController::setPrefForceAutoUnmount(forceAutoUnmount);
+        KVPreferencesController::setPrefForceUnmount(forceUnmount);
+        Fixture fixture(1);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 1);
+        if (quitting)
+            delegate.applicationShouldTerminate();
+        else
+            delegate.unmountVolume(delegate.unifiedVolumes().first());
+        QTRY_COMPARE(fixture.detachRuns().size(), 1);
+        QCOMPARE(fixture.detachRuns().first(),
+                 forced ? QStringLiteral("detach -verbose -force /dev/disk4") : QStringLiteral("detach -verbose /dev/disk4"));
+    }
+
+    void userUnmountFailuresAreShownUnlessTheToolEndedAbnormally()
+    {
+        Fixture fixture(2);
+        fixture.hdiutil.addFile(QStringLiteral("busy-disk4"), QByteArray());
+        fixture.hdiutil.addFile(QStringLiteral("abnormal-disk5"), QByteArray());
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 2);
+
+        delegate.unmountVolume(delegate.unifiedVolumes().at(1));
+        QTRY_COMPARE(fixture.detachRuns().size(), 1);
+        QTest::qWait(100);
+        QVERIFY(!openAlert());
+
+        delegate.unmountVolume(delegate.unifiedVolumes().at(0));
+        QTRY_VERIFY(openAlert());
+        QCOMPARE(openAlert()->informativeText(), QStringLiteral("Resource busy, Volume may still be used."));
+    }
+
+    void selectionSurvivesARebuildByEquality()
+    {
+        Fixture fixture(2);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 2);
+        const KVVolumeItemPtr selected = delegate.unifiedVolumes().at(1);
+        delegate.setCurrentSelection(selected);
+
+        // The same volumes in another order: a new list of new, equal items.
+        fixture.hdiutil.addFile(QStringLiteral("info.plist"), KVPropertyList::encodeXml(QVariantMap{
+            {QStringLiteral("images"), QVariantList{imageEntry(5, QStringLiteral("/media/Volume5")),
+                                                   imageEntry(4, QStringLiteral("/media/Volume4"))}}}));
+        delegate.reloadMountedList();
+        QTRY_COMPARE(delegate.unifiedVolumes().first()->uuid(), QStringLiteral("UUID-5"));
+        QVERIFY(delegate.unifiedVolumes().first() != selected);
+        QCOMPARE(delegate.currentSelection(), selected); // the old object stays
+
+        // The selected image goes away: the selection is cleared.
+        QVariantMap userInfo{{NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/media/Volume5/"))}};
+        Q_EMIT fixture.workspace.didUnmount(userInfo);
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 1);
+        QVERIFY(!delegate.currentSelection());
+    }
+
+    void preferencesWindowWritesEachClick()
+    {
+        Fixture fixture(0);
+        fixture.delegate->applicationDidFinishLaunching();
+        fixture.delegate->showPreferences();
+        auto *window = fixture.delegate->mainWindow()->findChild<KVPreferencesController *>();
+        QVERIFY(window);
+        auto *afterCreation = window->findChild<QCheckBox *>(QStringLiteral("mountDiskImageAfterCreationCheckbox"));
+        auto *saveRecent = window->findChild<QCheckBox *>(QStringLiteral("saveOpenRecentCheckbox"));
+        QVERIFY(afterCreation->isChecked());
+        QVERIFY(!saveRecent->isChecked());
+        afterCreation->click();
+        QVERIFY(!KVPreferencesController::prefMountDiskImageAfterCreation());
+        saveRecent->click();
+        QVERIFY(KVPreferencesController::prefSaveOpenRecent());
+        KVPreferencesController::setPrefMountDiskImageAfterCreation(true);
+    }
+};
+
+QTEST_MAIN(TestKVAppDelegate)
+#include "tst_kvappdelegate.moc"
