@@ -17,10 +17,6 @@ class KVDiskImage;
 class KVDiskImageDelegate
 {
 public:
-    KVDiskImageDelegate() = default;
-    // A copy is a delegate of its own, with a lifetime of its own.
-    KVDiskImageDelegate(const KVDiskImageDelegate &) {}
-    KVDiskImageDelegate &operator=(const KVDiskImageDelegate &) { return *this; }
     virtual ~KVDiskImageDelegate() = default;
 
     // The list of mounted encrypted images has changed (or one of them has new
@@ -38,6 +34,11 @@ public:
         Q_UNUSED(engine);
         Q_UNUSED(error);
     }
+
+protected:
+    KVDiskImageDelegate() = default;
+    KVDiskImageDelegate(const KVDiskImageDelegate &) = delete;
+    KVDiskImageDelegate &operator=(const KVDiskImageDelegate &) = delete;
 
 private:
     friend class KVDiskImage;
