@@ -13,7 +13,9 @@
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -27,19 +29,24 @@ constexpr int SearchBudget = 50000;
 constexpr int NoSuchFileError = 4;
 constexpr int FileReadCorruptFileError = 259;
 
+// A file is its device and inode, and, since a deleted file's inode is soon
+// given to a new file, its birth time where the file system records one.
 struct FileIdentity
 {
     quint64 device = 0;
     quint64 inode = 0;
+    qint64 birthTime = 0; // nanoseconds; 0 where the file system keeps none
     bool operator==(const FileIdentity &) const = default;
 };
 
-std::optional<FileIdentity> identityOf(const QByteArray &path)
+std::optional<FileIdentity> identityOf(const QByteArray &path, int flags = 0)
 {
-    struct stat info{};
-    if (::stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+    struct statx info{};
+    if (::statx(AT_FDCWD, path.constData(), flags, STATX_TYPE | STATX_INO | STATX_BTIME, &info) != 0
+        || !S_ISREG(info.stx_mode))
         return std::nullopt;
-    return FileIdentity{quint64(info.st_dev), quint64(info.st_ino)};
+    const qint64 birth = (info.stx_mask & STATX_BTIME) ? qint64(info.stx_btime.tv_sec) * 1000000000 + info.stx_btime.tv_nsec : 0;
+    return FileIdentity{quint64(makedev(info.stx_dev_major, info.stx_dev_minor)), quint64(info.stx_ino), birth};
 }
 
 KVAppError noSuchFile(const QString &path)
@@ -54,7 +61,7 @@ KVAppError noSuchFile(const QString &path)
 class MovedFileSearch
 {
 public:
-    explicit MovedFileSearch(FileIdentity wanted) : m_wanted(wanted) {}
+    MovedFileSearch(FileIdentity wanted, QByteArray suffix) : m_wanted(wanted), m_suffix(std::move(suffix)) {}
 
     std::optional<QByteArray> searchFrom(const QByteArray &root)
     {
@@ -77,7 +84,8 @@ public:
                 struct stat info{};
                 if (::lstat(path.constData(), &info) != 0 || quint64(info.st_dev) != m_wanted.device)
                     continue;
-                if (S_ISREG(info.st_mode) && quint64(info.st_ino) == m_wanted.inode) {
+                if (S_ISREG(info.st_mode) && quint64(info.st_ino) == m_wanted.inode
+                    && identityOf(path, AT_SYMLINK_NOFOLLOW) == m_wanted && isSameKind(path)) {
                     ::closedir(dir);
                     return path;
                 }
@@ -90,23 +98,30 @@ public:
     }
 
 private:
+    // Without a birth time to tell a reused inode from the file we look for,
+    // a file of another kind (another extension) is not taken for it.
+    bool isSameKind(const QByteArray &path) const
+    {
+        return m_wanted.birthTime != 0 || path.endsWith(m_suffix);
+    }
+
     FileIdentity m_wanted;
+    QByteArray m_suffix;
     int m_budget = SearchBudget;
     QSet<QByteArray> m_searched;
 };
 
 std::optional<QByteArray> findMovedFile(const QByteArray &oldPath, FileIdentity wanted)
 {
-    MovedFileSearch search(wanted);
-    // Nearest first: the old folder, then each folder above it, then home.
+    const QByteArray suffix = '.' + QFile::encodeName(QFileInfo(QFile::decodeName(oldPath)).suffix());
+    MovedFileSearch search(wanted, suffix);
+    // Nearest first: the old folder, then the two folders above it (never the
+    // root of everything), then home.
     QByteArray folder = QFile::encodeName(QFileInfo(QFile::decodeName(oldPath)).absolutePath());
-    for (int level = 0; level < 3 && !folder.isEmpty(); ++level) {
+    for (int level = 0; level < 3 && folder != "/"; ++level) {
         if (std::optional<QByteArray> found = search.searchFrom(folder))
             return found;
-        const QByteArray parent = QFile::encodeName(QFileInfo(QFile::decodeName(folder)).absolutePath());
-        if (parent == folder)
-            break;
-        folder = parent;
+        folder = QFile::encodeName(QFileInfo(QFile::decodeName(folder)).absolutePath());
     }
     return search.searchFrom(QFile::encodeName(QDir::homePath()));
 }
@@ -126,6 +141,7 @@ std::variant<QByteArray, KVAppError> KVBookmark::create(const QString &path)
         {QStringLiteral("path"), QFile::decodeName(encoded)},
         {QStringLiteral("device"), qint64(identity->device)},
         {QStringLiteral("inode"), qint64(identity->inode)},
+        {QStringLiteral("birthTime"), identity->birthTime},
         {QStringLiteral("fileSystem"), qint64(fileSystem.f_fsid)},
     });
 }
@@ -138,7 +154,8 @@ std::variant<KVBookmark::Resolution, KVAppError> KVBookmark::resolve(const QByte
         return KVAppError(NSCocoaErrorDomain, FileReadCorruptFileError, kvLocalized("The file couldn’t be opened."),
                           kvLocalized("The reference to the file is damaged."));
     const FileIdentity wanted{quint64(KVValue::integerValue(fields.value(QStringLiteral("device")))),
-                              quint64(KVValue::integerValue(fields.value(QStringLiteral("inode"))))};
+                              quint64(KVValue::integerValue(fields.value(QStringLiteral("inode")))),
+                              KVValue::integerValue(fields.value(QStringLiteral("birthTime")))};
 
     const QByteArray encoded = QFile::encodeName(path);
     if (identityOf(encoded) == wanted)
