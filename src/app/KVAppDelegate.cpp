@@ -114,6 +114,13 @@ bool KVAppDelegate::openFile(const QString &path)
     return true;
 }
 
+void KVAppDelegate::createImageWizardDidEnd(int returnCode, const QString &imagePath)
+{
+    if (returnCode == SheetFinished && KVPreferencesController::prefSaveOpenRecent()
+        && KVPreferencesController::prefMountDiskImageAfterCreation())
+        m_services.recentDocuments.noteNewRecentDocumentURL(imagePath);
+}
+
 KVAppDelegate::TerminateReply KVAppDelegate::applicationShouldTerminate()
 {
     if (!KVPreferencesController::prefAutoUnmountVolumes() || m_unifiedVolumes.isEmpty())

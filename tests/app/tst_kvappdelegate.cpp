@@ -13,6 +13,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
+#include <QFile>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSignalSpy>
@@ -382,6 +383,30 @@ private Q_SLOTS:
         Q_EMIT fixture.workspace.didUnmount(userInfo);
         QTRY_COMPARE(delegate.unifiedVolumes().size(), 1);
         QVERIFY(!delegate.currentSelection());
+    }
+
+    void createdImagesGoToTheRecentDocumentsWhenWanted()
+    {
+        Fixture fixture(0);
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        const QString image = QStringLiteral("/home/someone/New Secrets.sparseimage");
+        auto recorded = [&fixture] {
+            QFile file(fixture.recentFile);
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("New%20Secrets.sparseimage");
+        };
+
+        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        QVERIFY(!recorded()); // the preference is off
+        KVPreferencesController::setPrefSaveOpenRecent(true);
+        KVPreferencesController::setPrefMountDiskImageAfterCreation(false);
+        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        QVERIFY(!recorded()); // not mounted after creation
+        KVPreferencesController::setPrefMountDiskImageAfterCreation(true);
+        delegate.createImageWizardDidEnd(KVAppDelegate::SheetCancelled, image);
+        QVERIFY(!recorded());
+        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        QVERIFY(recorded());
     }
 
     void preferencesWindowWritesEachClick()
