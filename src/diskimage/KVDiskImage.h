@@ -26,7 +26,8 @@ class KVWorkspaceNotifications;
 // operation at a time, in the order they were queued, on a worker thread of
 // its own. Each operation calls its block exactly once, on that worker thread:
 // callers move to the GUI thread themselves before they touch the interface.
-// Work that runs after the engine is gone does nothing with it.
+// Operations may be queued from any thread. Work that runs after the engine is
+// gone does nothing with it.
 //
 // The list follows the system: a mount makes the engine look for the new image
 // (after a short pause, so that the volume settles), an unmount drops it and a

@@ -15,6 +15,9 @@
 
 namespace {
 
+// Waits are generous: the machine may be busy.
+constexpr int Patience = 30000;
+
 const QString SecretStuff = QStringLiteral("/Volumes/Secret Stuff");
 const QString Diaries = QString::fromUtf8("/Volumes/Tagebücher");
 const QString NoPath = QStringLiteral("/Volumes/No Path");
@@ -172,7 +175,7 @@ struct Bench
     {
         auto done = std::make_shared<std::atomic_bool>(false);
         engine->processingQueue().addOperation([done] { KVMainQueue::post([done] { *done = true; }); });
-        QVERIFY(QTest::qWaitFor([&] { return done->load(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return done->load(); }, Patience));
     }
 
     void scan(const QByteArray &info, const std::optional<QString> &filter = std::nullopt)
@@ -497,10 +500,10 @@ private Q_SLOTS:
         QElapsedTimer clock;
         clock.start();
         Q_EMIT bench.workspace.didMount({{NSDevicePath, Diaries}});
-        QTRY_COMPARE(bench.listed(), QStringList{Diaries});
+        QTRY_COMPARE_WITH_TIMEOUT(bench.listed(), QStringList{Diaries}, Patience);
         QVERIFY(clock.elapsed() >= 200);
         Q_EMIT bench.workspace.didMount({{NSDevicePath, SecretStuff}});
-        QTRY_COMPARE(bench.listed(), (QStringList{SecretStuff, Diaries}));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.listed(), (QStringList{SecretStuff, Diaries}), Patience);
         QCOMPARE(bench.hdiutil.runCount(), 2);
         QCOMPARE(bench.delegate.changes.size(), 2);
         QVERIFY(bench.delegate.failures.isEmpty());
@@ -508,7 +511,7 @@ private Q_SLOTS:
         // A failure of that refresh reaches nobody but the delegate.
         bench.hdiutil.setResponse("hdiutil: info: failed\n");
         Q_EMIT bench.workspace.didMount({{NSDevicePath, QStringLiteral("/Volumes/USB")}});
-        QTRY_COMPARE(bench.delegate.failures.size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(bench.delegate.failures.size(), 1, Patience);
         QCOMPARE(bench.delegate.failures.first().localizedDescription(), QStringLiteral("Error executing hdiutil command"));
         QVERIFY(bench.delegate.onGuiThreadOnly);
     }
@@ -523,12 +526,12 @@ private Q_SLOTS:
         Q_EMIT bench.workspace.didRenameVolume({{NSWorkspaceVolumeOldURLKey, QUrl::fromLocalFile(SecretStuff + u'/')},
                                                {NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/Geheim/"))},
                                                {NSWorkspaceVolumeLocalizedNameKey, QStringLiteral("Geheim")}});
-        QTRY_COMPARE(bench.listed(), (QStringList{"/Volumes/Geheim", Diaries}));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.listed(), (QStringList{"/Volumes/Geheim", Diaries}), Patience);
         QCOMPARE(bench.engine->mountedDiskImages().first(), secret);
         QCOMPARE(secret->name(), QStringLiteral("Geheim"));
 
         Q_EMIT bench.workspace.didUnmount({{NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/x/../Geheim"))}});
-        QTRY_COMPARE(bench.listed(), QStringList{Diaries});
+        QTRY_COMPARE_WITH_TIMEOUT(bench.listed(), QStringList{Diaries}, Patience);
 
         // Volumes that are not listed are no news.
         Q_EMIT bench.workspace.didUnmount({{NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/USB"))}});
@@ -574,7 +577,7 @@ private Q_SLOTS:
         bench.engine->updateMountedDiskImages(std::nullopt, scan.errorBlock());
         bench.engine->mountDiskImage(SecretImage, QStringLiteral("pw"), false, QUrl(), false, mount.errorBlock());
         bench.engine->eraseKeys(SecretImage, erase.errorBlock());
-        QTRY_COMPARE(bench.hdiutil.runCount(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(bench.hdiutil.runCount(), 1, Patience);
         bench.engine.reset();
 
         QFile opener(QFile::decodeName(gate));
@@ -582,7 +585,7 @@ private Q_SLOTS:
         opener.write("go\n");
         opener.close();
         // The running scan ends and reports; what it found has no engine to go to.
-        QTRY_COMPARE(scan.calls(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(scan.calls(), 1, Patience);
         QVERIFY(!scan.error());
         QCoreApplication::processEvents();
         QVERIFY(bench.delegate.changes.isEmpty());
@@ -611,7 +614,7 @@ private Q_SLOTS:
         }
         for (std::thread &thread : threads)
             thread.join();
-        QTRY_COMPARE_WITH_TIMEOUT(bench.outcome.calls(), Threads * PerThread, 120000);
+        QTRY_COMPARE_WITH_TIMEOUT(bench.outcome.calls(), Threads * PerThread, 4 * Patience);
         QVERIFY(!QFile::exists(bench.hdiutil.directory() + QStringLiteral("/overlap")));
         QCOMPARE(bench.hdiutil.runCount(), Threads * PerThread);
         for (int run = 1; run <= Threads * PerThread; ++run)
