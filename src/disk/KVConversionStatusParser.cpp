@@ -30,7 +30,8 @@ QList<KVConversionStatus> KVConversionStatusParser::parse(QStringView listing)
 {
     const Patterns patterns;
     QList<KVConversionStatus> statuses;
-    for (QStringView chunk : listing.split(u"|\n+--")) {
+    // Piece by piece, so that each piece is searched while it is still in the cache.
+    for (QStringView chunk : listing.tokenize(u"|\n+--")) {
         KVConversionStatus volume;
         volume.lvUUID = patterns.volume.match(chunk).captured(1);
         if (volume.lvUUID.size() < 2)
