@@ -1,0 +1,161 @@
+// imagefs: serves the decrypted payload of one LUKS2 image as a file in a
+// FUSE mount, for a loop device (as root) or fuse2fs (as an ordinary user).
+//
+// imagefs --image PATH --offset BYTES --key-size BYTES --sector-size BYTES
+//         --mountpoint DIR --name NAME --control-fd FD [--read-only]
+//
+// The volume key arrives on the control connection (never in argv, the
+// environment or a file); the answer is "OK" once mounted or "ERR <errno>".
+
+#include "KVImagefs.h"
+#include "KVPayloadFile.h"
+#include "KVSecureBytes.h"
+#include "KVSectorCipher.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <map>
+#include <optional>
+#include <string>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr size_t maxRequest = 1 << 20;
+
+struct Options
+{
+    std::string image;
+    std::string mountPoint;
+    std::string name;
+    uint64_t offset = 0;
+    size_t keySize = 0;
+    size_t sectorSize = 0;
+    int controlFd = -1;
+    bool readOnly = false;
+};
+
+std::optional<Options> parse(int argc, char **argv)
+{
+    Options o;
+    std::map<std::string, std::string> values;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--read-only")
+            o.readOnly = true;
+        else if (arg.rfind("--", 0) == 0 && i + 1 < argc)
+            values[arg] = argv[++i];
+        else
+            return std::nullopt;
+    }
+    try {
+        o.image = values.at("--image");
+        o.mountPoint = values.at("--mountpoint");
+        o.name = values.at("--name");
+        o.offset = std::stoull(values.at("--offset"));
+        o.keySize = std::stoul(values.at("--key-size"));
+        o.sectorSize = std::stoul(values.at("--sector-size"));
+        o.controlFd = std::stoi(values.at("--control-fd"));
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+    return o;
+}
+
+// Nothing of this process may end up on disk: no core dumps, no ptrace by
+// other processes of the user. As root it may also lock all of its memory and
+// write back on behalf of the kernel (it serves a loop device).
+void harden()
+{
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    prctl(PR_SET_IO_FLUSHER, 1, 0, 0, 0);
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGHUP, SIG_IGN);
+}
+
+bool readExactly(int fd, uint8_t *into, size_t size)
+{
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t n = read(fd, into + done, size - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        done += size_t(n);
+    }
+    return true;
+}
+
+void answer(int fd, int error)
+{
+    const std::string text = error == 0 ? "OK\n" : "ERR " + std::to_string(error) + "\n";
+    (void)!write(fd, text.data(), text.size());
+}
+
+// While we serve the image nobody else may write it: a second attach, a
+// resize or a compact would corrupt it. Open-file-description locks stay with
+// this process's descriptor and do not mix with libcryptsetup's flock().
+bool lockImage(int fd, bool readOnly)
+{
+    struct flock lock{};
+    lock.l_type = readOnly ? F_RDLCK : F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return fcntl(fd, F_OFD_SETLK, &lock) == 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    harden();
+    const std::optional<Options> options = parse(argc, argv);
+    if (!options)
+        return 2;
+    const int control = options->controlFd;
+    close_range(3, unsigned(control) - 1, 0);
+    close_range(unsigned(control) + 1, ~0U, 0);
+
+    KVSecureBytes key(options->keySize);
+    if (!readExactly(control, key.data(), key.size()))
+        return 3;
+
+    const int image = open(options->image.c_str(),
+                           (options->readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC);
+    if (image < 0) {
+        answer(control, errno);
+        return 1;
+    }
+    if (!lockImage(image, options->readOnly)) {
+        answer(control, EBUSY);
+        return 1;
+    }
+
+    KVSectorCipher cipher(key.data(), key.size(), options->sectorSize);
+    key = KVSecureBytes(); // the cipher holds the key schedule now; wipe ours
+    if (!cipher.isValid()) {
+        answer(control, EINVAL);
+        return 1;
+    }
+    KVPayloadFile payload(image, options->offset, cipher, maxRequest);
+    if (geteuid() == 0)
+        mlockall(MCL_CURRENT | MCL_FUTURE);
+
+    KVImagefs imagefs(payload, options->readOnly);
+    if (const int err = imagefs.mount(options->mountPoint, options->name)) {
+        answer(control, -err);
+        return 1;
+    }
+    answer(control, 0);
+    imagefs.serve(control);
+    payload.sync();
+    return 0;
+}

@@ -1,0 +1,93 @@
+#include "KVDiskutil.h"
+
+#include "KVAttachedImages.h"
+#include "KVAttachmentRegistry.h"
+#include "KVFuseDataPath.h"
+#include "KVPropertyList.h"
+#include "KVRuntimeDirectory.h"
+#include "KVSystemEntities.h"
+#include "KVToolOutput.h"
+
+#include <QDir>
+
+#include <sys/statvfs.h>
+
+int KVDiskutil::run(const QStringList &arguments)
+{
+    KVToolOutput out;
+    QStringList rest = arguments;
+    const bool plist = rest.removeAll(QStringLiteral("-plist")) > 0;
+    if (rest.size() != 2 || rest.first() != QLatin1String("info")) {
+        out.error(QStringLiteral("Usage:  diskutil info [-plist] <MountPoint|DiskIdentifier|DeviceNode>"));
+        return 1;
+    }
+    return info(rest.at(1), plist, out);
+}
+
+int KVDiskutil::info(const QString &target, bool plist, KVToolOutput &out)
+{
+    std::optional<KVAttachedImages::Entry> entry;
+    if (const auto directory = KVRuntimeDirectory::locate()) {
+        const KVAttachmentRegistry registry(QDir(*directory).canonicalPath());
+        KVFuseDataPath dataPath{QString()};
+        entry = KVAttachedImages(registry, dataPath).find(target);
+    }
+    const QString notFound = QStringLiteral("Could not find disk: ") + target;
+    if (!entry || !entry->mounted) {
+        if (plist)
+            out.data(KVPropertyList::toXml(QVariantMap{{QStringLiteral("Error"), true},
+                                                       {QStringLiteral("ErrorMessage"), notFound},
+                                                       {QStringLiteral("ExitCode"), 1}}));
+        else
+            out.error(notFound);
+        return 1;
+    }
+    const QVariantMap info = volumeInfo(entry->record);
+    if (plist) {
+        out.data(KVPropertyList::toXml(info));
+        return 0;
+    }
+    for (auto it = info.cbegin(); it != info.cend(); ++it)
+        out.line(QStringLiteral("   %1 %2").arg(it.key() + QLatin1Char(':'), -34).arg(it.value().toString()));
+    return 0;
+}
+
+QVariantMap KVDiskutil::volumeInfo(const KVAttachment &record)
+{
+    struct statvfs fs{};
+    statvfs(QFile::encodeName(record.mountPoint).constData(), &fs);
+    const qint64 total = qint64(fs.f_blocks) * qint64(fs.f_frsize);
+    const qint64 free = qint64(fs.f_bavail) * qint64(fs.f_frsize);
+    const bool writable = !record.readOnly && !(fs.f_flag & ST_RDONLY);
+    return {
+        {QStringLiteral("Bootable"), false},
+        {QStringLiteral("BusProtocol"), QStringLiteral("Disk Image")},
+        {QStringLiteral("Content"), KVSystemEntities::linuxFileSystem},
+        {QStringLiteral("DeviceBlockSize"), 4096},
+        {QStringLiteral("DeviceIdentifier"), record.volumeDisk()},
+        {QStringLiteral("DeviceNode"), QString(QStringLiteral("/dev/") + record.volumeDisk())},
+        {QStringLiteral("Ejectable"), true},
+        {QStringLiteral("FilesystemName"), QStringLiteral("ext4")},
+        {QStringLiteral("FilesystemType"), QStringLiteral("ext4")},
+        {QStringLiteral("FilesystemUserVisibleName"), QStringLiteral("Linux ext4 (Journaled)")},
+        {QStringLiteral("FreeSpace"), free},
+        {QStringLiteral("Internal"), false},
+        {QStringLiteral("IOKitSize"), record.payloadSize},
+        {QStringLiteral("MediaName"), QString()},
+        {QStringLiteral("MediaType"), QStringLiteral("Generic")},
+        {QStringLiteral("MountPoint"), record.mountPoint},
+        {QStringLiteral("ParentWholeDisk"), record.wholeDisk()},
+        {QStringLiteral("Removable"), true},
+        {QStringLiteral("RemovableMedia"), true},
+        {QStringLiteral("Size"), record.payloadSize},
+        {QStringLiteral("TotalSize"), total},
+        {QStringLiteral("VolumeAllocationBlockSize"), 4096},
+        {QStringLiteral("VolumeName"), record.volumeName},
+        {QStringLiteral("VolumeSize"), total},
+        {QStringLiteral("VolumeUUID"), record.volumeUuid},
+        {QStringLiteral("WholeDisk"), false},
+        {QStringLiteral("Writable"), writable},
+        {QStringLiteral("WritableMedia"), !record.readOnly},
+        {QStringLiteral("WritableVolume"), writable},
+    };
+}

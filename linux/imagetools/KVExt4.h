@@ -1,0 +1,53 @@
+#pragma once
+
+#include "KVImageError.h"
+
+#include <QList>
+#include <QString>
+
+#include <optional>
+#include <sys/types.h>
+
+// The ext4 file system inside an image's payload, worked on with e2fsprogs
+// while the payload is served as a plain file (nothing mounted).
+class KVExt4
+{
+public:
+    static constexpr quint32 blockSize = 4096;
+
+    struct Superblock
+    {
+        quint64 blockCount = 0;
+        quint64 freeBlocks = 0;
+        quint32 blockSize = 0;
+        QString uuid; // upper case, as diskutil prints volume UUIDs
+        QString label;
+        bool needsRecovery = false; // the journal holds transactions to replay
+    };
+    // Reads the primary superblock; nothing when the payload holds no ext4.
+    static std::optional<Superblock> readSuperblock(const QString &payload);
+
+    // ext4 with 4 KiB blocks (one per encryption sector), no reserved blocks,
+    // owned by the user, and without writing tables or the journal in full, so
+    // that a new sparse image stays small.
+    static KVImageResult format(const QString &payload, const QString &label, uid_t owner,
+                                gid_t group);
+    // e2fsck -p; force checks a clean file system too. Replays the journal.
+    static KVImageResult check(const QString &payload, bool force);
+    // resize2fs -P: the smallest block count the content allows.
+    static std::optional<quint64> minimumBlocks(const QString &payload);
+    static KVImageResult resize(const QString &payload, quint64 blocks);
+
+    struct Extent
+    {
+        quint64 first = 0;
+        quint64 count = 0;
+        bool operator==(const Extent &) const = default;
+    };
+    // The free blocks, from the block bitmaps, as dumpe2fs lists them.
+    static std::optional<QList<Extent>> freeExtents(const QString &payload);
+    static QList<Extent> parseFreeExtents(const QByteArray &dumpe2fsOutput);
+
+    // ext4 labels hold 16 bytes.
+    static QString labelFor(const QString &volumeName);
+};

@@ -1,0 +1,202 @@
+#include "KVLuksImage.h"
+
+#include "KVSecureBytes.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cerrno>
+#include <libcryptsetup.h>
+#include <openssl/rand.h>
+#include <sys/stat.h>
+
+namespace {
+
+const QString volumeNameToken = QStringLiteral("korvelle-volume");
+constexpr int labelBytes = 47; // LUKS2 labels hold 48 bytes with the terminator
+
+// libcryptsetup's default log handler writes to stderr, which is the tool's
+// output channel: our own texts are the only ones the application may see.
+void quietLog(int, const char *, void *)
+{
+}
+
+// A UTF-8 prefix of at most maxBytes that does not end inside a character.
+QByteArray utf8Prefix(const QString &text, int maxBytes)
+{
+    QByteArray bytes = text.toUtf8();
+    if (bytes.size() <= maxBytes)
+        return bytes;
+    qsizetype end = maxBytes;
+    while (end > 0 && (uchar(bytes[end]) & 0xC0) == 0x80)
+        --end;
+    return bytes.left(end);
+}
+
+} // namespace
+
+KVLuksImage::KVLuksImage(QString path)
+    : m_path(std::move(path))
+{
+    crypt_set_log_callback(nullptr, quietLog, nullptr);
+}
+
+KVLuksImage::~KVLuksImage()
+{
+    crypt_free(m_cd);
+}
+
+KVImageResult KVLuksImage::openDevice()
+{
+    const QByteArray native = QFile::encodeName(m_path);
+    struct stat st;
+    if (stat(native.constData(), &st) != 0)
+        return KVImageError::fromErrno(errno);
+    if (!S_ISREG(st.st_mode))
+        return KVImageError(KVImageError::ImageNotRecognized);
+    if (const int r = crypt_init(&m_cd, native.constData()); r < 0)
+        return KVImageError::fromErrno(-r);
+    crypt_set_log_callback(m_cd, quietLog, nullptr);
+    return std::nullopt;
+}
+
+KVImageResult KVLuksImage::load()
+{
+    if (auto error = openDevice())
+        return error;
+    if (crypt_load(m_cd, CRYPT_LUKS2, nullptr) < 0)
+        return KVImageError(KVImageError::ImageNotRecognized);
+    // The data path speaks aes-xts-plain64 only.
+    if (qstrcmp(crypt_get_cipher(m_cd), "aes") != 0
+        || qstrcmp(crypt_get_cipher_mode(m_cd), "xts-plain64") != 0)
+        return KVImageError(KVImageError::NotSupported);
+    return std::nullopt;
+}
+
+KVImageResult KVLuksImage::format(const Format &format, const KVSecureBytes &volumeKey,
+                                  const KVSecureBytes &password,
+                                  const KVKeyDerivation &derivation)
+{
+    if (auto error = openDevice())
+        return error;
+    const QByteArray label = utf8Prefix(format.volumeName, labelBytes);
+    crypt_params_luks2 params{};
+    params.sector_size = format.sectorSize;
+    params.label = label.isEmpty() ? nullptr : label.constData();
+    int r = crypt_set_data_offset(m_cd, format.dataOffset / 512);
+    if (r == 0)
+        r = derivation.applyTo(m_cd);
+    if (r == 0)
+        r = crypt_format(m_cd, CRYPT_LUKS2, "aes", "xts-plain64", nullptr, volumeKey.chars(),
+                         volumeKey.size(), &params);
+    // Discards pass through when the image is opened by cryptsetup elsewhere:
+    // sparse images want their free space back.
+    if (r == 0)
+        r = crypt_persistent_flags_set(m_cd, CRYPT_FLAGS_ACTIVATION, CRYPT_ACTIVATE_ALLOW_DISCARDS);
+    if (r == 0 && !format.volumeName.isEmpty()) {
+        const QJsonObject token{{QStringLiteral("type"), volumeNameToken},
+                                {QStringLiteral("keyslots"), QJsonArray()},
+                                {QStringLiteral("volume_name"), format.volumeName}};
+        const int id = crypt_token_json_set(m_cd, CRYPT_ANY_TOKEN,
+                                            QJsonDocument(token).toJson(QJsonDocument::Compact).constData());
+        r = id < 0 ? id : 0;
+    }
+    if (r == 0) {
+        const int slot = crypt_keyslot_add_by_volume_key(m_cd, CRYPT_ANY_SLOT, volumeKey.chars(),
+                                                         volumeKey.size(), password.chars(),
+                                                         password.size());
+        r = slot < 0 ? slot : 0;
+    }
+    return r == 0 ? std::nullopt : KVImageResult(KVImageError::fromErrno(-r));
+}
+
+KVImageResult KVLuksImage::unlock(const KVSecureBytes &password, KVSecureBytes &volumeKey) const
+{
+    if (usedKeyslots().isEmpty())
+        return KVImageError(KVImageError::Authentication); // the keys were erased
+    size_t size = size_t(crypt_get_volume_key_size(m_cd));
+    KVSecureBytes key(size);
+    const int r = crypt_volume_key_get(m_cd, CRYPT_ANY_SLOT, reinterpret_cast<char *>(key.data()),
+                                       &size, password.chars(), password.size());
+    if (r == -EPERM || r == -ENOENT)
+        return KVImageError(KVImageError::Authentication);
+    if (r < 0)
+        return KVImageError::fromErrno(-r);
+    key.truncate(size);
+    volumeKey = std::move(key);
+    return std::nullopt;
+}
+
+KVImageResult KVLuksImage::changePassword(const KVSecureBytes &oldPassword,
+                                          const KVSecureBytes &newPassword,
+                                          const KVKeyDerivation &derivation)
+{
+    int r = derivation.applyTo(m_cd);
+    if (r == 0)
+        r = crypt_keyslot_change_by_passphrase(m_cd, CRYPT_ANY_SLOT, CRYPT_ANY_SLOT,
+                                               oldPassword.chars(), oldPassword.size(),
+                                               newPassword.chars(), newPassword.size());
+    if (r == -EPERM || r == -ENOENT)
+        return KVImageError(KVImageError::Authentication);
+    if (r < 0)
+        return KVImageError::fromErrno(-r);
+    return std::nullopt;
+}
+
+QList<int> KVLuksImage::usedKeyslots() const
+{
+    QList<int> used;
+    const int slots = crypt_keyslot_max(CRYPT_LUKS2);
+    for (int slot = 0; slot < slots; ++slot) {
+        const crypt_keyslot_info info = crypt_keyslot_status(m_cd, slot);
+        if (info == CRYPT_SLOT_ACTIVE || info == CRYPT_SLOT_ACTIVE_LAST || info == CRYPT_SLOT_UNBOUND)
+            used.append(slot);
+    }
+    return used;
+}
+
+KVImageResult KVLuksImage::eraseKeys()
+{
+    for (int slot : usedKeyslots())
+        if (const int r = crypt_keyslot_destroy(m_cd, slot); r < 0)
+            return KVImageError::fromErrno(-r);
+    return std::nullopt;
+}
+
+KVImageGeometry KVLuksImage::geometry() const
+{
+    KVImageGeometry g;
+    g.dataOffset = crypt_get_data_offset(m_cd) * 512;
+    g.sectorSize = quint32(crypt_get_sector_size(m_cd));
+    g.volumeKeySize = crypt_get_volume_key_size(m_cd);
+    return g;
+}
+
+QString KVLuksImage::uuid() const
+{
+    return QString::fromLatin1(crypt_get_uuid(m_cd));
+}
+
+QString KVLuksImage::volumeName() const
+{
+    const int tokens = crypt_token_max(CRYPT_LUKS2);
+    for (int id = 0; id < tokens; ++id) {
+        const char *json = nullptr;
+        if (crypt_token_json_get(m_cd, id, &json) < 0 || !json)
+            continue;
+        const QJsonObject token = QJsonDocument::fromJson(QByteArray(json)).object();
+        if (token.value(QStringLiteral("type")).toString() == volumeNameToken)
+            return token.value(QStringLiteral("volume_name")).toString();
+    }
+    return QString::fromUtf8(crypt_get_label(m_cd));
+}
+
+KVSecureBytes KVLuksImage::newVolumeKey(int size)
+{
+    KVSecureBytes key{size_t(size)};
+    if (RAND_priv_bytes(key.data(), size) != 1)
+        return KVSecureBytes();
+    return key;
+}

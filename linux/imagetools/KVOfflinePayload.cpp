@@ -1,0 +1,48 @@
+#include "KVOfflinePayload.h"
+
+#include "KVAttachmentRegistry.h"
+#include "KVLuksImage.h"
+
+#include <QDir>
+
+#include <cerrno>
+
+KVOfflinePayload::KVOfflinePayload(const KVAttachmentRegistry &registry, QString imagefs)
+    : m_registry(registry), m_imagefs(std::move(imagefs))
+{
+}
+
+KVOfflinePayload::~KVOfflinePayload()
+{
+    close();
+}
+
+KVImageResult KVOfflinePayload::open(const KVLuksImage &image, const KVSecureBytes &volumeKey,
+                                     bool readOnly)
+{
+    m_directory = m_registry.makeSessionDirectory();
+    if (m_directory.isEmpty())
+        return KVImageError::fromErrno(EACCES);
+    KVPayloadSession::Spec spec;
+    spec.helper = m_imagefs;
+    spec.imagePath = image.path();
+    spec.geometry = image.geometry();
+    spec.readOnly = readOnly;
+    spec.directory = m_directory;
+    spec.name = QStringLiteral("korvelle:session");
+    auto error = m_session.start(spec, volumeKey);
+    if (error && error->code() == KVImageError::Busy)
+        return KVImageError(KVImageError::TryAgain);
+    return error;
+}
+
+KVImageResult KVOfflinePayload::close()
+{
+    KVImageResult error;
+    if (m_session.isRunning())
+        error = m_session.finish();
+    if (!m_directory.isEmpty())
+        QDir().rmdir(m_directory);
+    m_directory.clear();
+    return error;
+}

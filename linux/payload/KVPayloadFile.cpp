@@ -1,0 +1,156 @@
+#include "KVPayloadFile.h"
+
+#include "KVSectorCipher.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// Full reads and writes: pread/pwrite may return early on a signal or at a
+// hole's edge. A read past the end of the file yields zeros, as a sparse tail.
+int preadFully(int fd, uint8_t *buffer, size_t length, off_t offset)
+{
+    size_t done = 0;
+    while (done < length) {
+        const ssize_t n = pread(fd, buffer + done, length - done, offset + off_t(done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return -errno;
+        if (n == 0) {
+            std::memset(buffer + done, 0, length - done);
+            break;
+        }
+        done += size_t(n);
+    }
+    return 0;
+}
+
+int pwriteFully(int fd, const uint8_t *buffer, size_t length, off_t offset)
+{
+    size_t done = 0;
+    while (done < length) {
+        const ssize_t n = pwrite(fd, buffer + done, length - done, offset + off_t(done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return -errno;
+        done += size_t(n);
+    }
+    return 0;
+}
+
+} // namespace
+
+KVPayloadFile::KVPayloadFile(int imageFd, uint64_t dataOffset, KVSectorCipher &cipher,
+                             size_t maxRequest)
+    : m_fd(imageFd),
+      m_dataOffset(dataOffset),
+      m_cipher(cipher),
+      m_sector(cipher.sectorSize()),
+      m_maxRequest(maxRequest),
+      // Room for the largest request plus the partial sectors at either end.
+      m_buffer(maxRequest + 2 * cipher.sectorSize())
+{
+}
+
+uint64_t KVPayloadFile::size() const
+{
+    struct stat st;
+    if (fstat(m_fd, &st) != 0 || uint64_t(st.st_size) <= m_dataOffset)
+        return 0;
+    return (uint64_t(st.st_size) - m_dataOffset) / m_sector * m_sector;
+}
+
+ssize_t KVPayloadFile::read(uint64_t offset, size_t length, const uint8_t **data)
+{
+    const uint64_t end = std::min(offset + std::min(length, m_maxRequest), size());
+    if (offset >= end) {
+        *data = m_buffer.data();
+        return 0;
+    }
+    const uint64_t first = offset / m_sector * m_sector;
+    const uint64_t last = (end + m_sector - 1) / m_sector * m_sector;
+    const size_t span = size_t(last - first);
+    if (const int err = preadFully(m_fd, m_buffer.data(), span, off_t(m_dataOffset + first)))
+        return err;
+    if (!m_cipher.decrypt(m_buffer.data(), m_buffer.data(), span, first))
+        return -EIO;
+    *data = m_buffer.data() + (offset - first);
+    return ssize_t(end - offset);
+}
+
+ssize_t KVPayloadFile::write(uint64_t offset, const uint8_t *data, size_t length)
+{
+    const uint64_t limit = size();
+    if (offset >= limit && length > 0)
+        return -ENOSPC;
+    length = size_t(std::min<uint64_t>(length, limit - offset));
+    size_t done = 0;
+    while (done < length) {
+        const size_t chunk = std::min(length - done, m_maxRequest);
+        const ssize_t n = writeChunk(offset + done, data ? data + done : nullptr, chunk);
+        if (n < 0)
+            return n;
+        done += size_t(n);
+    }
+    return ssize_t(done);
+}
+
+int KVPayloadFile::zero(uint64_t offset, uint64_t length)
+{
+    const uint64_t end = std::min(offset + length, size());
+    while (offset < end) {
+        const size_t chunk = size_t(std::min<uint64_t>(end - offset, m_maxRequest));
+        const ssize_t n = writeChunk(offset, nullptr, chunk);
+        if (n < 0)
+            return int(n);
+        offset += uint64_t(n);
+    }
+    return 0;
+}
+
+int KVPayloadFile::sync()
+{
+    return fdatasync(m_fd) == 0 ? 0 : -errno;
+}
+
+int KVPayloadFile::loadSector(uint64_t sectorOffset, uint8_t *into)
+{
+    if (const int err = preadFully(m_fd, into, m_sector, off_t(m_dataOffset + sectorOffset)))
+        return err;
+    return m_cipher.decrypt(into, into, m_sector, sectorOffset) ? 0 : -EIO;
+}
+
+// data == nullptr writes zeros.
+ssize_t KVPayloadFile::writeChunk(uint64_t offset, const uint8_t *data, size_t length)
+{
+    const uint64_t end = offset + length;
+    const uint64_t first = offset / m_sector * m_sector;
+    const uint64_t last = (end + m_sector - 1) / m_sector * m_sector;
+    const size_t span = size_t(last - first);
+    uint8_t *buffer = m_buffer.data();
+
+    // Partial sectors at either end keep the bytes around the new data.
+    if (offset != first)
+        if (const int err = loadSector(first, buffer))
+            return err;
+    if (end != last && (last - m_sector != first || offset == first))
+        if (const int err = loadSector(last - m_sector, buffer + span - m_sector))
+            return err;
+
+    if (data)
+        std::memcpy(buffer + (offset - first), data, length);
+    else
+        std::memset(buffer + (offset - first), 0, length);
+
+    if (!m_cipher.encrypt(buffer, buffer, span, first))
+        return -EIO;
+    if (const int err = pwriteFully(m_fd, buffer, span, off_t(m_dataOffset + first)))
+        return err;
+    return ssize_t(length);
+}

@@ -1,0 +1,225 @@
+#include "KVImageToolHarness.h"
+
+#include "KVPropertyListReader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <csignal>
+#include <fcntl.h>
+#include <linux/loop.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace {
+
+// /proc/self/mountinfo, fifth field, with \040 and friends decoded.
+QStringList mountPointsUnder(const QString &root)
+{
+    QFile file(QStringLiteral("/proc/self/mountinfo"));
+    QStringList found;
+    if (!file.open(QIODevice::ReadOnly))
+        return found;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        const QList<QByteArray> fields = line.split(' ');
+        if (fields.size() < 5)
+            continue;
+        QByteArray point = fields[4];
+        for (int i = point.indexOf('\\'); i >= 0 && i + 3 < point.size(); i = point.indexOf('\\', i + 1))
+            point.replace(i, 4, QByteArray(1, char(point.mid(i + 1, 3).toInt(nullptr, 8))));
+        const QString path = QString::fromUtf8(point);
+        if (path.startsWith(root + QLatin1Char('/')))
+            found.append(path);
+    }
+    return found;
+}
+
+QStringList loopDevicesUnder(const QString &root)
+{
+    QStringList found;
+    for (const QString &name : QDir(QStringLiteral("/sys/block")).entryList({QStringLiteral("loop*")})) {
+        QFile backing(QStringLiteral("/sys/block/%1/loop/backing_file").arg(name));
+        if (backing.open(QIODevice::ReadOnly)
+            && QString::fromUtf8(backing.readAll()).trimmed().startsWith(root + QLatin1Char('/')))
+            found.append(QStringLiteral("/dev/") + name);
+    }
+    return found;
+}
+
+QList<pid_t> processesUsing(const QString &root)
+{
+    QList<pid_t> found;
+    for (const QString &name : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        bool isPid = false;
+        const pid_t pid = name.toInt(&isPid);
+        if (!isPid || pid == getpid())
+            continue;
+        QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
+        if (cmdline.open(QIODevice::ReadOnly) && cmdline.readAll().contains(root.toUtf8()))
+            found.append(pid);
+    }
+    return found;
+}
+
+} // namespace
+
+KVImageToolHarness::KVImageToolHarness(uid_t user, gid_t group)
+    : m_directory(QDir::tempPath() + QStringLiteral("/kvimg-XXXXXX")), m_user(user), m_group(group)
+{
+    if (!m_directory.isValid())
+        return;
+    m_root = QDir(m_directory.path()).canonicalPath();
+    m_valid = QDir().mkdir(runtimeDirectory()) && QDir().mkdir(mountRoot());
+    QFile::setPermissions(runtimeDirectory(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (m_user != 0) {
+        for (const QString &dir : {m_root, runtimeDirectory(), mountRoot()})
+            m_valid = m_valid && chown(QFile::encodeName(dir).constData(), m_user, m_group) == 0;
+    }
+}
+
+KVImageToolHarness::~KVImageToolHarness()
+{
+    if (m_valid)
+        cleanUp();
+}
+
+QStringList KVImageToolHarness::environment() const
+{
+    return {QStringLiteral("XDG_RUNTIME_DIR=") + runtimeDirectory(), QStringLiteral("HOME=") + m_root,
+            QStringLiteral("LC_ALL=C.UTF-8"),
+            QStringLiteral("PATH=/usr/local/bin:/usr/bin:/bin")};
+}
+
+QStringList KVImageToolHarness::command(const QString &tool, const QStringList &arguments) const
+{
+    QStringList command;
+    if (m_user != 0)
+        command << QStringLiteral("setpriv") << QStringLiteral("--reuid=%1").arg(m_user)
+                << QStringLiteral("--regid=%1").arg(m_group) << QStringLiteral("--clear-groups")
+                << QStringLiteral("--");
+    return command << tool << arguments;
+}
+
+QStringList KVImageToolHarness::hdiutilCommand(const QStringList &arguments) const
+{
+    return command(QStringLiteral(KV_TEST_HDIUTIL), arguments);
+}
+
+KVImageToolHarness::Run KVImageToolHarness::run(const QString &tool, const QStringList &arguments,
+                                                const QByteArray &input) const
+{
+    const QStringList command = this->command(tool, arguments);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setEnvironment(environment());
+    process.setWorkingDirectory(m_root);
+    process.start(command.first(), command.mid(1));
+    Run result;
+    if (!process.waitForStarted())
+        return result;
+    process.write(input);
+    process.closeWriteChannel();
+    process.waitForFinished(120000);
+    result.output = QString::fromUtf8(process.readAll());
+    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return result;
+}
+
+KVImageToolHarness::Run KVImageToolHarness::hdiutil(const QStringList &arguments, const QByteArray &input) const
+{
+    return run(QStringLiteral(KV_TEST_HDIUTIL), arguments, input);
+}
+
+KVImageToolHarness::Run KVImageToolHarness::diskutil(const QStringList &arguments) const
+{
+    return run(QStringLiteral(KV_TEST_DISKUTIL), arguments, QByteArray());
+}
+
+KVImageToolHarness::Run KVImageToolHarness::create(const QString &name, const QByteArray &password,
+                                                   const QString &volumeName, const QString &encryption,
+                                                   const QString &size) const
+{
+    QStringList args = {QStringLiteral("create"), QStringLiteral("-verbose"), QStringLiteral("-stdinpass"),
+                        QStringLiteral("-puppetstrings"), QStringLiteral("-fs"),
+                        QStringLiteral("Journaled HFS+"), QStringLiteral("-type"), QStringLiteral("SPARSE"),
+                        QStringLiteral("-size"), size};
+    if (!volumeName.isEmpty())
+        args << QStringLiteral("-volname") << volumeName;
+    args << QStringLiteral("-encryption") << encryption << path(name);
+    return hdiutil(args, password);
+}
+
+KVImageToolHarness::Run KVImageToolHarness::attach(const QString &image, const QByteArray &password,
+                                                   const QStringList &options) const
+{
+    return hdiutil(QStringList{QStringLiteral("attach"), QStringLiteral("-verbose"),
+                               QStringLiteral("-stdinpass"), QStringLiteral("-puppetstrings"), image}
+                       + options + QStringList{QStringLiteral("-mountroot"), mountRoot()},
+                   password);
+}
+
+KVImageToolHarness::Run KVImageToolHarness::detach(const QString &device, bool force) const
+{
+    QStringList args = {QStringLiteral("detach"), QStringLiteral("-verbose")};
+    if (force)
+        args << QStringLiteral("-force");
+    return hdiutil(args << device);
+}
+
+QVariantMap KVImageToolHarness::info() const
+{
+    return KVPropertyListReader::read(
+               hdiutil({QStringLiteral("info"), QStringLiteral("-plist")}).output.toUtf8())
+        .toMap();
+}
+
+QVariantMap KVImageToolHarness::diskutilInfo(const QString &mountPoint) const
+{
+    return KVPropertyListReader::read(
+               diskutil({QStringLiteral("info"), QStringLiteral("-plist"), mountPoint}).output.toUtf8())
+        .toMap();
+}
+
+QString KVImageToolHarness::onlyMountPoint() const
+{
+    const QVariantList images = info().value(QStringLiteral("images")).toList();
+    if (images.size() != 1)
+        return {};
+    QString mountPoint;
+    for (const QVariant &entity : images.first().toMap().value(QStringLiteral("system-entities")).toList())
+        if (entity.toMap().contains(QStringLiteral("mount-point")))
+            mountPoint = entity.toMap().value(QStringLiteral("mount-point")).toString();
+    return mountPoint;
+}
+
+QStringList KVImageToolHarness::leftovers() const
+{
+    QStringList found = mountPointsUnder(m_root) + loopDevicesUnder(m_root);
+    for (pid_t pid : processesUsing(m_root))
+        found.append(QStringLiteral("process %1").arg(pid));
+    return found;
+}
+
+void KVImageToolHarness::cleanUp() const
+{
+    for (const QVariant &image : info().value(QStringLiteral("images")).toList()) {
+        const QVariantList entities = image.toMap().value(QStringLiteral("system-entities")).toList();
+        if (!entities.isEmpty())
+            detach(entities.first().toMap().value(QStringLiteral("dev-entry")).toString(), true);
+    }
+    for (pid_t pid : processesUsing(m_root))
+        kill(pid, SIGKILL);
+    QStringList mounts = mountPointsUnder(m_root);
+    std::sort(mounts.begin(), mounts.end(), [](const QString &a, const QString &b) { return a.size() > b.size(); });
+    for (const QString &mount : mounts)
+        umount2(QFile::encodeName(mount).constData(), MNT_DETACH);
+    for (const QString &device : loopDevicesUnder(m_root)) {
+        const int fd = open(QFile::encodeName(device).constData(), O_RDONLY | O_CLOEXEC);
+        if (fd >= 0) {
+            ioctl(fd, LOOP_CLR_FD, 0);
+            close(fd);
+        }
+    }
+}

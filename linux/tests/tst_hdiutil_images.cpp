@@ -1,0 +1,339 @@
+// The Linux hdiutil and diskutil driven with the application's own command
+// lines, as root: real LUKS2 images, FUSE, loop devices and kernel ext4.
+
+#include "KVImageToolHarness.h"
+#include "KVPropertyListReader.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <csignal>
+#include <memory>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+const QByteArray password = QByteArrayLiteral("correct horse");
+const QString unicodeName = QStringLiteral("Reisekasse Ünïcødé 2024 ✓");
+
+QByteArray randomBytes(qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(bytes.data()), size / 4);
+    return bytes;
+}
+
+bool writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray checksum(const QString &path)
+{
+    return QCryptographicHash::hash(readFile(path), QCryptographicHash::Sha256);
+}
+
+QVariantMap onlyImage(const QVariantMap &info)
+{
+    const QVariantList images = info.value(QStringLiteral("images")).toList();
+    return images.size() == 1 ? images.first().toMap() : QVariantMap();
+}
+
+QString wholeDisk(const QVariantMap &image)
+{
+    const QVariantList entities = image.value(QStringLiteral("system-entities")).toList();
+    return entities.isEmpty() ? QString()
+                              : entities.first().toMap().value(QStringLiteral("dev-entry")).toString();
+}
+
+} // namespace
+
+class KVHdiutilImagesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void createAttachDetachAndReattachReadOnly_data();
+    void createAttachDetachAndReattachReadOnly();
+    void wrongOrEmptyPasswordLeavesNothingBehind();
+    void changedPasswordOpensAndTheOldOneDoesNot();
+    void erasedKeysLetNothingOpenTheImage();
+    void secondCreateOnTheSamePathIsRefused();
+    void busyVolumeDetachesOnlyWhenForced();
+    void badInputGivesTheToolsFailureForms();
+
+private:
+    QString createImage(const QString &name, const QString &volumeName = QStringLiteral("Data"),
+                        const QString &size = QStringLiteral("64m"));
+    std::unique_ptr<KVImageToolHarness> h;
+};
+
+void KVHdiutilImagesTest::initTestCase()
+{
+    if (geteuid() != 0)
+        QSKIP("Attaching images on the kernel path needs root (loop devices, mount)");
+    if (!QFile::exists(QStringLiteral("/dev/fuse")) || !QFile::exists(QStringLiteral("/dev/loop-control")))
+        QSKIP("This machine has no /dev/fuse or no loop devices");
+}
+
+void KVHdiutilImagesTest::init()
+{
+    h = std::make_unique<KVImageToolHarness>();
+    QVERIFY(h->isValid());
+}
+
+void KVHdiutilImagesTest::cleanup()
+{
+    h.reset();
+}
+
+QString KVHdiutilImagesTest::createImage(const QString &name, const QString &volumeName, const QString &size)
+{
+    const auto created = h->create(name, password, volumeName, QStringLiteral("AES-256"), size);
+    if (created.exitCode != 0)
+        qWarning() << created.output;
+    return created.exitCode == 0 ? h->path(name + QStringLiteral(".sparseimage")) : QString();
+}
+
+void KVHdiutilImagesTest::createAttachDetachAndReattachReadOnly_data()
+{
+    QTest::addColumn<QString>("encryption");
+    QTest::newRow("AES-256") << QStringLiteral("AES-256");
+    QTest::newRow("AES-128") << QStringLiteral("AES-128");
+}
+
+void KVHdiutilImagesTest::createAttachDetachAndReattachReadOnly()
+{
+    QFETCH(QString, encryption);
+    const auto created = h->create(QStringLiteral("Travel"), password, unicodeName, encryption);
+    QCOMPARE(created.exitCode, 0);
+    // The creation wizard counts "MESSAGE" lines, one per phase.
+    QVERIFY2(created.output.count(QLatin1String("\nMESSAGE:")) + created.output.startsWith(QLatin1String("MESSAGE:")) >= 4,
+             qPrintable(created.output));
+    QVERIFY(created.has(QStringLiteral("PERCENT:")));
+    QVERIFY(!created.has(QStringLiteral("DIHLDiskImageCreate() returned")));
+    const QString image = h->path(QStringLiteral("Travel.sparseimage"));
+    QVERIFY(created.has(QStringLiteral("created: ") + image));
+    QCOMPARE(QFileInfo(image).size(), qint64(16 + 64) << 20);
+
+    const auto attached = h->attach(image, password);
+    QVERIFY2(attached.exitCode == 0, qPrintable(attached.output));
+    QVERIFY(!attached.has(QStringLiteral("DIHLDiskImageAttach() returned")));
+
+    const QVariantMap entry = onlyImage(h->info());
+    QCOMPARE(entry.value(QStringLiteral("image-encrypted")).toBool(), true);
+    QCOMPARE(entry.value(QStringLiteral("image-path")).toString(), image);
+    const QVariantList entities = entry.value(QStringLiteral("system-entities")).toList();
+    QCOMPARE(entities.size(), 2);
+    QCOMPARE(entities[0].toMap().value(QStringLiteral("content-hint")).toString(),
+             QStringLiteral("GUID_partition_scheme"));
+    const QString disk = entities[0].toMap().value(QStringLiteral("dev-entry")).toString();
+    QVERIFY(disk.startsWith(QLatin1String("/dev/disk")));
+    QCOMPARE(entities[1].toMap().value(QStringLiteral("dev-entry")).toString(), disk + QStringLiteral("s1"));
+    const QString mountPoint = entities[1].toMap().value(QStringLiteral("mount-point")).toString();
+    QCOMPARE(mountPoint, h->mountRoot() + QLatin1Char('/') + unicodeName);
+
+    // What the volume item reads, and what the detach logic derives from it.
+    const QVariantMap volume = h->diskutilInfo(mountPoint);
+    QCOMPARE(volume.value(QStringLiteral("VolumeName")).toString(), unicodeName);
+    QCOMPARE(volume.value(QStringLiteral("MountPoint")).toString(), mountPoint);
+    QCOMPARE(volume.value(QStringLiteral("Writable")).toBool(), true);
+    const QString identifier = volume.value(QStringLiteral("DeviceIdentifier")).toString();
+    QCOMPARE(QStringLiteral("/dev/") + identifier.left(identifier.lastIndexOf(QLatin1Char('s'))), disk);
+    QVERIFY(volume.value(QStringLiteral("TotalSize")).toLongLong() > 50'000'000);
+    QVERIFY(volume.value(QStringLiteral("FreeSpace")).toLongLong() <= volume.value(QStringLiteral("TotalSize")).toLongLong());
+    QVERIFY(!volume.value(QStringLiteral("VolumeUUID")).toString().isEmpty());
+    QVERIFY(!volume.value(QStringLiteral("FilesystemName")).toString().isEmpty());
+
+    const QByteArray payload = randomBytes(3 << 20);
+    QVERIFY(writeFile(mountPoint + QStringLiteral("/notes.txt"), "hello\n"));
+    QVERIFY(writeFile(mountPoint + QStringLiteral("/random.bin"), payload));
+
+    const auto detached = h->detach(disk);
+    QCOMPARE(detached.exitCode, 0);
+    const QString name = disk.mid(5);
+    QVERIFY(detached.has(QStringLiteral("\"%1\" unmounted.").arg(name)));
+    QVERIFY(detached.has(QStringLiteral("\"%1\" ejected.").arg(name)));
+    QVERIFY(!h->info().contains(QStringLiteral("images")));
+    QCOMPARE(h->leftovers(), QStringList());
+    QVERIFY(!QFileInfo::exists(mountPoint));
+
+    QCOMPARE(h->attach(image, password, {QStringLiteral("-readonly")}).exitCode, 0);
+    const QString again = h->onlyMountPoint();
+    QCOMPARE(readFile(again + QStringLiteral("/notes.txt")), QByteArray("hello\n"));
+    QCOMPARE(readFile(again + QStringLiteral("/random.bin")), payload);
+    QVERIFY(!writeFile(again + QStringLiteral("/new.txt"), "no"));
+    QCOMPARE(h->diskutilInfo(again).value(QStringLiteral("Writable")).toBool(), false);
+    QCOMPARE(onlyImage(h->info()).value(QStringLiteral("writeable")).toBool(), false);
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
+    QCOMPARE(h->leftovers(), QStringList());
+}
+
+void KVHdiutilImagesTest::wrongOrEmptyPasswordLeavesNothingBehind()
+{
+    const QString image = createImage(QStringLiteral("Locked"));
+    QVERIFY(!image.isEmpty());
+    for (const QByteArray &attempt : {QByteArrayLiteral("wrong"), QByteArray()}) {
+        const auto attached = h->attach(image, attempt);
+        QVERIFY(attached.exitCode != 0);
+        QVERIFY2(attached.has(QStringLiteral("DIHLDiskImageAttach() returned 80")), qPrintable(attached.output));
+        QVERIFY(!h->info().contains(QStringLiteral("images")));
+        QCOMPARE(h->leftovers(), QStringList());
+    }
+}
+
+void KVHdiutilImagesTest::changedPasswordOpensAndTheOldOneDoesNot()
+{
+    const QString image = createImage(QStringLiteral("Rekey"));
+    QVERIFY(!image.isEmpty());
+    const QStringList chpass = {QStringLiteral("chpass"), QStringLiteral("-oldstdinpass"),
+                                QStringLiteral("-newstdinpass"), QStringLiteral("-verbose"), image};
+
+    const auto wrongOld = h->hdiutil(chpass, QByteArrayLiteral("nope\0new secret"));
+    QVERIFY(wrongOld.has(QStringLiteral("chpass failed")));
+    QVERIFY(wrongOld.has(QStringLiteral("hdiutil: chpass: result: 80")));
+
+    const auto changed = h->hdiutil(chpass, password + QByteArray(1, '\0') + QByteArrayLiteral("new sëcret"));
+    QVERIFY2(changed.exitCode == 0, qPrintable(changed.output));
+    QVERIFY(!changed.has(QStringLiteral("chpass failed")));
+
+    QVERIFY(h->attach(image, password).has(QStringLiteral("DIHLDiskImageAttach() returned 80")));
+    QCOMPARE(h->attach(image, QByteArrayLiteral("new sëcret")).exitCode, 0);
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
+
+    const auto missing = h->hdiutil({QStringLiteral("chpass"), QStringLiteral("-oldstdinpass"),
+                                     QStringLiteral("-newstdinpass"), QStringLiteral("-verbose"),
+                                     h->path(QStringLiteral("absent.sparseimage"))},
+                                    QByteArrayLiteral("a\0b"));
+    QVERIFY(missing.has(QStringLiteral("chpass failed")));
+    QVERIFY(missing.has(QStringLiteral("hdiutil: chpass: result: 2")));
+}
+
+void KVHdiutilImagesTest::erasedKeysLetNothingOpenTheImage()
+{
+    const QString image = createImage(QStringLiteral("Erased"));
+    QVERIFY(!image.isEmpty());
+    const auto erased = h->hdiutil({QStringLiteral("erasekeys"), image});
+    QCOMPARE(erased.exitCode, 0);
+    QVERIFY(!erased.has(QStringLiteral("erasekeys failed")));
+    QVERIFY(h->attach(image, password).has(QStringLiteral("DIHLDiskImageAttach() returned 80")));
+    QVERIFY(h->attach(image, QByteArray()).has(QStringLiteral("DIHLDiskImageAttach() returned 80")));
+
+    const auto missing = h->hdiutil({QStringLiteral("erasekeys"), h->path(QStringLiteral("absent"))});
+    QVERIFY(missing.has(QStringLiteral("erasekeys failed")));
+    QVERIFY(missing.has(QStringLiteral("hdiutil: erasekeys: result: 2")));
+}
+
+void KVHdiutilImagesTest::secondCreateOnTheSamePathIsRefused()
+{
+    const QString image = createImage(QStringLiteral("Once"));
+    QVERIFY(!image.isEmpty());
+    const QByteArray before = checksum(image);
+    for (const QString &name : {QStringLiteral("Once"), QStringLiteral("Once.sparseimage")}) {
+        const auto again = h->create(name, "other", QStringLiteral("Other"));
+        QVERIFY(again.exitCode != 0);
+        QVERIFY2(again.has(QStringLiteral("DIHLDiskImageCreate() returned 17")), qPrintable(again.output));
+        QVERIFY(again.has(QStringLiteral("create failed")));
+    }
+    QCOMPARE(checksum(image), before);
+    QCOMPARE(QDir(h->path(QString())).entryList(QDir::Files), QStringList{QStringLiteral("Once.sparseimage")});
+}
+
+void KVHdiutilImagesTest::busyVolumeDetachesOnlyWhenForced()
+{
+    const QString image = createImage(QStringLiteral("Busy"));
+    QVERIFY(!image.isEmpty());
+    QCOMPARE(h->attach(image, password).exitCode, 0);
+    const QString disk = wholeDisk(onlyImage(h->info()));
+    const QString mountPoint = h->onlyMountPoint();
+
+    auto held = std::make_unique<QFile>(mountPoint + QStringLiteral("/open.txt"));
+    QVERIFY(held->open(QIODevice::ReadWrite));
+    QVERIFY(held->write("still here") > 0 && held->flush());
+
+    const auto refused = h->detach(disk);
+    QVERIFY(refused.exitCode != 0);
+    QVERIFY2(refused.has(QStringLiteral("hdiutil: couldn't unmount \"%1\"").arg(disk.mid(5))),
+             qPrintable(refused.output));
+    QVERIFY(!refused.has(QStringLiteral("unmounted.")));
+    QCOMPARE(h->onlyMountPoint(), mountPoint);
+
+    const auto forced = h->detach(disk, true);
+    QCOMPARE(forced.exitCode, 0);
+    QVERIFY(forced.has(QStringLiteral("unmounted.")) && forced.has(QStringLiteral("ejected.")));
+    QVERIFY(!h->info().contains(QStringLiteral("images")));
+    // The open file keeps what is left alive until it is closed; then the
+    // loop device clears and the daemon ends.
+    held.reset();
+    QTRY_COMPARE_WITH_TIMEOUT(h->leftovers(), QStringList(), 20000);
+    QCOMPARE(h->attach(image, password).exitCode, 0);
+    QCOMPARE(readFile(h->onlyMountPoint() + QStringLiteral("/open.txt")), QByteArray("still here"));
+}
+
+void KVHdiutilImagesTest::badInputGivesTheToolsFailureForms()
+{
+    const QString image = createImage(QStringLiteral("Good"));
+    QVERIFY(!image.isEmpty());
+
+    QVERIFY(h->attach(h->path(QStringLiteral("missing.sparseimage")), password)
+                .has(QStringLiteral("DIHLDiskImageAttach() returned 2")));
+
+    QVERIFY(writeFile(h->path(QStringLiteral("junk.sparseimage")), randomBytes(1 << 20)));
+    const auto junk = h->attach(h->path(QStringLiteral("junk.sparseimage")), password);
+    QVERIFY(junk.has(QStringLiteral("DIHLDiskImageAttach() returned")));
+    QVERIFY(junk.output.trimmed().endsWith(QLatin1String("hdiutil: attach failed - image not recognized")));
+
+    // A header cut short, and one whose two copies are both damaged.
+    QVERIFY(writeFile(h->path(QStringLiteral("short.sparseimage")), readFile(image).left(8192)));
+    QByteArray damaged = readFile(image);
+    damaged[0] = 'X';
+    damaged[16384] = 'X';
+    QVERIFY(writeFile(h->path(QStringLiteral("damaged.sparseimage")), damaged));
+    for (const QString &name : {QStringLiteral("short.sparseimage"), QStringLiteral("damaged.sparseimage")}) {
+        const QByteArray before = checksum(h->path(name));
+        const auto refused = h->attach(h->path(name), password);
+        QVERIFY2(refused.has(QStringLiteral("attach failed - image not recognized")), qPrintable(refused.output));
+        QCOMPARE(checksum(h->path(name)), before);
+    }
+
+    const auto badRoot = h->hdiutil({QStringLiteral("attach"), QStringLiteral("-verbose"), QStringLiteral("-stdinpass"),
+                                     QStringLiteral("-puppetstrings"), image, QStringLiteral("-mountroot"),
+                                     h->path(QStringLiteral("no/such/folder"))},
+                                    password);
+    QVERIFY(badRoot.has(QStringLiteral("DIHLDiskImageAttach() returned 112")));
+
+    QCOMPARE(h->attach(image, password).exitCode, 0);
+    QVERIFY(h->attach(image, password).has(QStringLiteral("DIHLDiskImageAttach() returned 16")));
+    QCOMPARE(h->info().value(QStringLiteral("images")).toList().size(), 1);
+
+    const auto noFolder = h->create(QStringLiteral("absent-folder/Image"), password, QStringLiteral("X"));
+    QVERIFY(noFolder.has(QStringLiteral("DIHLDiskImageCreate() returned 2")));
+    QVERIFY(noFolder.has(QStringLiteral("create failed")));
+
+    QVERIFY(h->detach(QStringLiteral("/dev/disk99")).has(QStringLiteral("hdiutil: detach: result: 2")));
+    const QVariantMap unknown = h->diskutilInfo(h->path(QString()));
+    QVERIFY(unknown.value(QStringLiteral("ErrorMessage")).toString().startsWith(QLatin1String("Could not find disk")));
+
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
+    QCOMPARE(h->leftovers(), QStringList());
+}
+
+QTEST_GUILESS_MAIN(KVHdiutilImagesTest)
+#include "tst_hdiutil_images.moc"

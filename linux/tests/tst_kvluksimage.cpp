@@ -1,0 +1,155 @@
+// LUKS2 header work on a plain file, as an ordinary process: no root, no
+// device-mapper. Keyslots use the cheap key derivation of the test build.
+
+#include "KVLuksImage.h"
+#include "KVSecureBytes.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+KVSecureBytes secret(const char *text)
+{
+    return KVSecureBytes(text, qstrlen(text));
+}
+
+const KVKeyDerivation cheap = KVKeyDerivation::cheapForTests();
+
+} // namespace
+
+class KVLuksImageTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void formattedImageUnlocksWithItsPassword();
+    void wrongPasswordIsAnAuthenticationError();
+    void changedPasswordKeepsTheVolumeKey();
+    void erasedKeysOpenWithNothing();
+    void fullVolumeNameSurvivesTheShortLabel();
+    void filesThatAreNoImagesAreRecognisedAsSuch();
+
+private:
+    QString makeImage(int keySize = 64, const QString &name = QStringLiteral("Data"));
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    KVSecureBytes m_volumeKey;
+};
+
+void KVLuksImageTest::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+}
+
+QString KVLuksImageTest::makeImage(int keySize, const QString &name)
+{
+    const QString path = m_dir->filePath(QStringLiteral("image"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || !file.resize(20 << 20))
+        return {};
+    file.close();
+    m_volumeKey = KVLuksImage::newVolumeKey(keySize);
+    KVLuksImage image(path);
+    KVLuksImage::Format format;
+    format.volumeKeySize = keySize;
+    format.volumeName = name;
+    return image.format(format, m_volumeKey, secret("pw"), cheap) ? QString() : path;
+}
+
+void KVLuksImageTest::formattedImageUnlocksWithItsPassword()
+{
+    for (int keySize : {32, 64}) {
+        const QString path = makeImage(keySize);
+        QVERIFY(!path.isEmpty());
+        KVLuksImage image(path);
+        QVERIFY(!image.load());
+        const KVImageGeometry geometry = image.geometry();
+        QCOMPARE(geometry.dataOffset, quint64(16 << 20));
+        QCOMPARE(geometry.sectorSize, quint32(4096));
+        QCOMPARE(geometry.volumeKeySize, keySize);
+        KVSecureBytes key;
+        QVERIFY(!image.unlock(secret("pw"), key));
+        QCOMPARE(key.view(), m_volumeKey.view());
+    }
+}
+
+void KVLuksImageTest::wrongPasswordIsAnAuthenticationError()
+{
+    KVLuksImage image(makeImage());
+    QVERIFY(!image.load());
+    KVSecureBytes key;
+    for (const char *attempt : {"PW", "pw ", ""}) {
+        const auto error = image.unlock(secret(attempt), key);
+        QVERIFY(error);
+        QCOMPARE(error->code(), int(KVImageError::Authentication));
+        QCOMPARE(error->reason(), QStringLiteral("Authentication error"));
+    }
+    QVERIFY(key.isEmpty());
+}
+
+void KVLuksImageTest::changedPasswordKeepsTheVolumeKey()
+{
+    const QString path = makeImage();
+    {
+        KVLuksImage image(path);
+        QVERIFY(!image.load());
+        QCOMPARE(image.changePassword(secret("nope"), secret("new"), cheap)->code(),
+                 int(KVImageError::Authentication));
+        QVERIFY(!image.changePassword(secret("pw"), secret("new"), cheap));
+    }
+    KVLuksImage reloaded(path);
+    QVERIFY(!reloaded.load());
+    KVSecureBytes key;
+    QVERIFY(reloaded.unlock(secret("pw"), key));
+    QVERIFY(!reloaded.unlock(secret("new"), key));
+    QCOMPARE(key.view(), m_volumeKey.view());
+}
+
+void KVLuksImageTest::erasedKeysOpenWithNothing()
+{
+    const QString path = makeImage();
+    {
+        KVLuksImage image(path);
+        QVERIFY(!image.load());
+        QVERIFY(!image.eraseKeys());
+    }
+    KVLuksImage reloaded(path);
+    QVERIFY(!reloaded.load());
+    KVSecureBytes key;
+    for (const char *attempt : {"pw", ""})
+        QCOMPARE(reloaded.unlock(secret(attempt), key)->code(), int(KVImageError::Authentication));
+}
+
+void KVLuksImageTest::fullVolumeNameSurvivesTheShortLabel()
+{
+    const QString name = QStringLiteral("Steuerunterlagen der Familie Müller-Lüdenscheidt 2019–2024 🗂");
+    KVLuksImage image(makeImage(64, name));
+    QVERIFY(!image.load());
+    QCOMPARE(image.volumeName(), name);
+    QVERIFY(!image.uuid().isEmpty());
+}
+
+void KVLuksImageTest::filesThatAreNoImagesAreRecognisedAsSuch()
+{
+    KVLuksImage missing(m_dir->filePath(QStringLiteral("absent")));
+    QCOMPARE(missing.load()->code(), int(KVImageError::NoSuchFile));
+
+    KVLuksImage folder(m_dir->path());
+    QCOMPARE(folder.load()->code(), int(KVImageError::ImageNotRecognized));
+
+    QFile junk(m_dir->filePath(QStringLiteral("junk")));
+    QVERIFY(junk.open(QIODevice::WriteOnly) && junk.write(QByteArray(1 << 16, 'j')) > 0);
+    junk.close();
+    KVLuksImage notAnImage(junk.fileName());
+    const auto error = notAnImage.load();
+    QCOMPARE(error->code(), int(KVImageError::ImageNotRecognized));
+    QCOMPARE(error->reason(), QStringLiteral("image not recognized"));
+}
+
+QTEST_GUILESS_MAIN(KVLuksImageTest)
+#include "tst_kvluksimage.moc"
