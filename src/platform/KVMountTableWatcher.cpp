@@ -42,10 +42,9 @@ KVMountTableWatcher::~KVMountTableWatcher()
 {
     if (m_thread.joinable()) {
         const uint64_t one = 1;
-        if (write(m_stop, &one, sizeof one) == sizeof one)
-            m_thread.join();
-        else
-            m_thread.detach();
+        while (write(m_stop, &one, sizeof one) < 0 && errno == EINTR) {
+        }
+        m_thread.join();
     }
     if (m_mountInfo >= 0)
         close(m_mountInfo);
