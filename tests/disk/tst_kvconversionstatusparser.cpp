@@ -114,6 +114,14 @@ private Q_SLOTS:
         QCOMPARE(KVConversionStatusParser::parse(listing), Statuses{});
     }
 
+    void anyLineBreakEndsAValue()
+    {
+        const QString listing = QStringLiteral("+-> Logical Volume 5C2678FC-47C8-498A-8C9C-6B1D80A07AF4\r\n"
+                                               "Conversion Direction: forward\u2028\n");
+        QCOMPARE(KVConversionStatusParser::parse(listing),
+                 Statuses{status("5C2678FC-47C8-498A-8C9C-6B1D80A07AF4", "", "forward", "")});
+    }
+
     void valuesCutShort()
     {
         // The status and progress patterns want a line feed after the value.
