@@ -378,7 +378,7 @@ private Q_SLOTS:
 
         Q_EMIT d.workspace.didMount({{NSDevicePath, QStringLiteral("/Volumes/Backup/")}});
         QCOMPARE(lookup.listings, 0); // a moment later, not at once
-        QTRY_COMPARE(names(d.disk.mountedDisks()), (QStringList{"Backup", "Vault"}));
+        QTRY_COMPARE_WITH_TIMEOUT(names(d.disk.mountedDisks()), (QStringList{"Backup", "Vault"}), 30000);
         QCOMPARE(lookup.typeQueries, QStringList{"/Volumes/Backup"});
         QCOMPARE(d.systemProfiler.runCount(), 1);
         QCOMPARE(d.delegate.changes.size(), 1);
@@ -407,7 +407,7 @@ private Q_SLOTS:
         d.disk.setMountedVolumeLookup(lookup.lookup());
 
         Q_EMIT d.workspace.didMount({{NSDevicePath, QStringLiteral("/media/stick")}});
-        QTRY_COMPARE(lookup.listings, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(lookup.listings, 1, 30000);
         QVERIFY(d.waitForQueue());
         QCOMPARE(lookup.typeQueries.size(), queries);
         QCOMPARE(d.systemProfiler.runCount(), 0);
@@ -425,7 +425,7 @@ private Q_SLOTS:
         d.systemProfiler.setResponseFromFile(QStringLiteral("system_profiler/storage-corestorage.xml"));
 
         Q_EMIT d.workspace.didMount({{NSDevicePath, QStringLiteral("/Volumes/./Other/../Backup")}});
-        QTRY_COMPARE(d.systemProfiler.runCount(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(d.systemProfiler.runCount(), 1, 30000);
         QCOMPARE(lookup.typeQueries, (QStringList{"/Volumes/Backup", "/Volumes/Backup"}));
         QVERIFY(d.waitForQueue());
     }
@@ -440,7 +440,7 @@ private Q_SLOTS:
         d.systemProfiler.setResponse(QByteArray(), 2);
 
         Q_EMIT d.workspace.didMount({{NSDevicePath, QStringLiteral("/Volumes/Backup")}});
-        QTRY_COMPARE(d.delegate.failures.size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(d.delegate.failures.size(), 1, 30000);
         QCOMPARE(d.delegate.failures.first().code(), 2);
         QCOMPARE(d.delegate.failures.first().localizedFailureReason(), QStringLiteral("system_profiler ended abnormally."));
         QVERIFY(d.delegate.allOnGuiThread);
@@ -456,13 +456,13 @@ private Q_SLOTS:
         Q_EMIT d.workspace.didRenameVolume({{NSWorkspaceVolumeOldURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/Backup/"))},
                                             {NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/Old Backup/"))},
                                             {NSWorkspaceVolumeLocalizedNameKey, QStringLiteral("Old Backup")}});
-        QTRY_COMPARE(d.delegate.changes.size(), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(d.delegate.changes.size(), 2, 30000);
         QCOMPARE(backup->mountPoint(), QStringLiteral("/Volumes/Old Backup"));
         QCOMPARE(backup->name(), QStringLiteral("Old Backup"));
         QCOMPARE(d.disk.mountedDisks().first(), backup);
 
         Q_EMIT d.workspace.didUnmount({{NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/Vault"))}});
-        QTRY_COMPARE(d.delegate.changes.size(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(d.delegate.changes.size(), 3, 30000);
         QCOMPARE(d.disk.mountedDisks(), QList<KVVolumeItemPtr>{backup});
         QCOMPARE(d.delegate.changes.last(), d.disk.mountedDisks());
 
@@ -488,7 +488,7 @@ private Q_SLOTS:
         QCOMPARE(d.disk.delegate(), nullptr);
 
         Q_EMIT d.workspace.didUnmount({{NSWorkspaceVolumeURLKey, QUrl::fromLocalFile(QStringLiteral("/Volumes/Vault"))}});
-        QTRY_COMPARE(d.disk.mountedDisks().size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(d.disk.mountedDisks().size(), 1, 30000);
     }
 
     void aDestroyedEngineIgnoresLateResults()
@@ -502,7 +502,7 @@ private Q_SLOTS:
             KVDisk disk(KVToolPaths{QString(), QString(), systemProfiler.path()}, nullptr);
             disk.setDelegate(&delegate);
             disk.updateMountedDisks(done.errorBlock());
-            QTRY_COMPARE(systemProfiler.runCount(), 1);
+            QTRY_COMPARE_WITH_TIMEOUT(systemProfiler.runCount(), 1, 30000);
         }
         QVERIFY(done.wait());
         QVERIFY(!done.error());

@@ -59,7 +59,7 @@ private Q_SLOTS:
         // Still converting: the next poll is scheduled.
         d.disk.runUpdateMountedDisksStatus();
         QVERIFY(!d.disk.updateMountedDisksStatusTimer().isActive());
-        QTRY_COMPARE(backup->conversionProgress(), 37);
+        QTRY_COMPARE_WITH_TIMEOUT(backup->conversionProgress(), 37, 30000);
         QCOMPARE(backup->statusVisible(), QStringLiteral("Decrypting"));
         QVERIFY(!backup->conversionDirectionForward());
         QVERIFY(d.disk.updateMountedDisksStatusTimer().isActive());
@@ -67,7 +67,7 @@ private Q_SLOTS:
 
         // Finished: the item shows it, but nobody is told and polling stops.
         d.disk.runUpdateMountedDisksStatus();
-        QTRY_COMPARE(backup->statusVisible(), QStringLiteral("Complete"));
+        QTRY_COMPARE_WITH_TIMEOUT(backup->statusVisible(), QStringLiteral("Complete"), 30000);
         QVERIFY(!backup->converting());
         QCOMPARE(backup->conversionProgress(), 37);
         QVERIFY(!backup->conversionDirectionForward());
@@ -76,25 +76,25 @@ private Q_SLOTS:
 
         // A poll whose run fails still updates what it read, then stops.
         d.disk.updateMountedDisksStatus();
-        QTRY_COMPARE(backup->conversionProgress(), 91);
+        QTRY_COMPARE_WITH_TIMEOUT(backup->conversionProgress(), 91, 30000);
         QVERIFY(backup->converting());
         QVERIFY(!d.disk.updateMountedDisksStatusTimer().isActive());
         QCOMPARE(d.delegate.changes.size(), 3);
 
         // Until something asks again.
         d.disk.updateMountedDisksStatus();
-        QTRY_VERIFY(d.disk.updateMountedDisksStatusTimer().isActive());
+        QTRY_VERIFY_WITH_TIMEOUT(d.disk.updateMountedDisksStatusTimer().isActive(), 30000);
         QCOMPARE(d.delegate.changes.size(), 4);
 
         // A poll made while the next one is pending schedules nothing and tells nobody.
         d.disk.updateMountedDisksStatus();
-        QTRY_COMPARE(backup->conversionProgress(), 37);
+        QTRY_COMPARE_WITH_TIMEOUT(backup->conversionProgress(), 37, 30000);
         QVERIFY(d.disk.updateMountedDisksStatusTimer().isActive());
         QCOMPARE(d.delegate.changes.size(), 4);
 
         // The timer itself polls when it is due.
         d.disk.setUpdateMountedDisksStatusInterval(10ms);
-        QTRY_COMPARE(backup->statusVisible(), QStringLiteral("Complete"));
+        QTRY_COMPARE_WITH_TIMEOUT(backup->statusVisible(), QStringLiteral("Complete"), 30000);
         QCOMPARE(d.diskutil.runCount(), 7);
         QVERIFY(!d.disk.updateMountedDisksStatusTimer().isActive());
         QCOMPARE(d.delegate.changes.size(), 4);
@@ -113,11 +113,11 @@ private Q_SLOTS:
         // The older layout, and a second group with tree columns.
         d.diskutil.setResponse(2, listing("cs-list-older-layout-converting.txt"));
         d.disk.updateMountedDisksStatus();
-        QTRY_COMPARE(vault->conversionProgress(), 35);
+        QTRY_COMPARE_WITH_TIMEOUT(vault->conversionProgress(), 35, 30000);
         QCOMPARE(vault->statusVisible(), QStringLiteral("Encrypting"));
         d.diskutil.setResponse(3, listing("cs-list-two-groups.txt"));
         d.disk.updateMountedDisksStatus();
-        QTRY_COMPARE(vault->conversionProgress(), 12);
+        QTRY_COMPARE_WITH_TIMEOUT(vault->conversionProgress(), 12, 30000);
         QCOMPARE(vault->statusVisible(), QStringLiteral("Decrypting"));
         QCOMPARE(backup->statusVisible(), QStringLiteral("Complete"));
 
@@ -127,7 +127,7 @@ private Q_SLOTS:
                                   "    Conversion Direction:    sideways\n"
                                   "    Conversion Progress:     5%\n");
         d.disk.updateMountedDisksStatus();
-        QTRY_COMPARE(vault->conversionProgress(), 5);
+        QTRY_COMPARE_WITH_TIMEOUT(vault->conversionProgress(), 5, 30000);
         QCOMPARE(vault->statusVisible(), QStringLiteral("sideways"));
         QVERIFY(!vault->conversionDirectionForward());
         QVERIFY(vault->converting());
