@@ -174,21 +174,26 @@ KVImageResult KVResizeCommand::grow(const KVLuksImage &image, const KVSecureByte
 }
 
 // ext4 shrinks first; the file is cut only after the file system is seen to
-// end within the new size, so a failed shrink never loses data.
+// end within the new size, so a failed shrink never loses data. A size below
+// the content's minimum is refused before anything is written.
 KVImageResult KVResizeCommand::shrink(const KVLuksImage &image, const KVSecureBytes &volumeKey,
                                       quint64 newSize)
 {
     const quint64 blocks = newSize / KVExt4::blockSize;
+    {
+        KVOfflinePayload payload(*registry(), m_environment.imagefs);
+        if (auto error = payload.open(image, volumeKey, true))
+            return error;
+        if (auto error = ensureRoomFor(payload.path(), blocks))
+            return error;
+    }
     KVOfflinePayload payload(*registry(), m_environment.imagefs);
     if (auto error = payload.open(image, volumeKey, false))
         return error;
     if (auto error = KVExt4::check(payload.path(), true))
         return error;
-    const auto minimum = KVExt4::minimumBlocks(payload.path());
-    if (!minimum)
-        return KVImageError(KVImageError::NoMountableFileSystems);
-    if (blocks < *minimum)
-        return KVImageError(KVImageError::NoSpace);
+    if (auto error = ensureRoomFor(payload.path(), blocks))
+        return error;
     if (auto error = KVExt4::resize(payload.path(), blocks))
         return error;
     const auto superblock = KVExt4::readSuperblock(payload.path());
@@ -197,4 +202,12 @@ KVImageResult KVResizeCommand::shrink(const KVLuksImage &image, const KVSecureBy
     if (auto error = payload.close())
         return error;
     return truncateImage(image, newSize);
+}
+
+KVImageResult KVResizeCommand::ensureRoomFor(const QString &payload, quint64 blocks)
+{
+    const auto minimum = KVExt4::minimumBlocks(payload);
+    if (!minimum)
+        return KVImageError(KVImageError::NoMountableFileSystems);
+    return blocks < *minimum ? KVImageResult(KVImageError(KVImageError::NoSpace)) : std::nullopt;
 }

@@ -29,5 +29,6 @@ private:
     KVImageResult grow(const KVLuksImage &image, const KVSecureBytes &volumeKey, quint64 current,
                        quint64 newSize);
     KVImageResult shrink(const KVLuksImage &image, const KVSecureBytes &volumeKey, quint64 newSize);
+    static KVImageResult ensureRoomFor(const QString &payload, quint64 blocks);
     void printLimits(const Limits &limits, bool plist) const;
 };

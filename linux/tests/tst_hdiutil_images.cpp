@@ -1,14 +1,13 @@
 // The Linux hdiutil and diskutil driven with the application's own command
 // lines, as root: real LUKS2 images, FUSE, loop devices and kernel ext4.
 
+#include "KVImageTestFiles.h"
 #include "KVImageToolHarness.h"
 #include "KVPropertyListReader.h"
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QRandomGenerator>
 #include <QTest>
 
 #include <csignal>
@@ -17,47 +16,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace KVImageTestFiles;
+
 namespace {
 
 const QByteArray password = QByteArrayLiteral("correct horse");
 const QString unicodeName = QStringLiteral("Reisekasse Ünïcødé 2024 ✓");
-
-QByteArray randomBytes(qsizetype size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(bytes.data()), size / 4);
-    return bytes;
-}
-
-bool writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QByteArray checksum(const QString &path)
-{
-    return QCryptographicHash::hash(readFile(path), QCryptographicHash::Sha256);
-}
-
-QVariantMap onlyImage(const QVariantMap &info)
-{
-    const QVariantList images = info.value(QStringLiteral("images")).toList();
-    return images.size() == 1 ? images.first().toMap() : QVariantMap();
-}
-
-QString wholeDisk(const QVariantMap &image)
-{
-    const QVariantList entities = image.value(QStringLiteral("system-entities")).toList();
-    return entities.isEmpty() ? QString()
-                              : entities.first().toMap().value(QStringLiteral("dev-entry")).toString();
-}
 
 } // namespace
 
@@ -87,10 +51,8 @@ private:
 
 void KVHdiutilImagesTest::initTestCase()
 {
-    if (geteuid() != 0)
-        QSKIP("Attaching images on the kernel path needs root (loop devices, mount)");
-    if (!QFile::exists(QStringLiteral("/dev/fuse")) || !QFile::exists(QStringLiteral("/dev/loop-control")))
-        QSKIP("This machine has no /dev/fuse or no loop devices");
+    if (const QString reason = KVImageToolHarness::kernelPathUnavailable(); !reason.isEmpty())
+        QSKIP(qPrintable(reason));
 }
 
 void KVHdiutilImagesTest::init()

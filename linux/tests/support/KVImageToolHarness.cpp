@@ -85,6 +85,17 @@ KVImageToolHarness::~KVImageToolHarness()
         cleanUp();
 }
 
+QString KVImageToolHarness::kernelPathUnavailable()
+{
+    if (geteuid() != 0)
+        return QStringLiteral("Attaching on the kernel path needs root (loop devices, mount)");
+    if (!QFile::exists(QStringLiteral("/dev/fuse")))
+        return QStringLiteral("This machine has no /dev/fuse");
+    if (!QFile::exists(QStringLiteral("/dev/loop-control")))
+        return QStringLiteral("This machine has no loop devices");
+    return {};
+}
+
 QStringList KVImageToolHarness::environment() const
 {
     return {QStringLiteral("XDG_RUNTIME_DIR=") + runtimeDirectory(), QStringLiteral("HOME=") + m_root,

@@ -27,6 +27,9 @@ public:
     ~KVImageToolHarness();
 
     bool isValid() const { return m_valid; }
+    // Why the root data path (FUSE, loop device, kernel ext4) cannot be
+    // tested here; empty when it can.
+    static QString kernelPathUnavailable();
     QString path(const QString &name) const { return m_root + QLatin1Char('/') + name; }
     QString mountRoot() const { return path(QStringLiteral("volumes")); }
     QString runtimeDirectory() const { return path(QStringLiteral("runtime")); }
