@@ -26,12 +26,6 @@ QVariantMap onlyElement(const QVariant &array)
     return list.size() == 1 ? dictionary(list.first()) : QVariantMap();
 }
 
-QVariantMap firstElement(const QVariant &array)
-{
-    const QVariantList list = KVValue::array(array);
-    return list.isEmpty() ? QVariantMap() : dictionary(list.first());
-}
-
 bool isSimpleGroup(const QVariantMap &group)
 {
     return array(group.value(FamiliesKey)).size() == 1 && array(group.value(PhysicalVolumesKey)).size() == 1
@@ -143,7 +137,7 @@ KVUnmountedVolumeScan KVUnmountedVolumeScan::run(const QString &diskutil)
 
     for (QVariantMap candidate : std::as_const(locked)) {
         const QVariantMap group = dictionary(candidate.value(GroupKey));
-        const QString physicalVolumeUUID = stringValue(firstElement(group.value(PhysicalVolumesKey)).value(UUIDKey));
+        const QString physicalVolumeUUID = stringValue(firstDictionary(group.value(PhysicalVolumesKey)).value(UUIDKey));
         const std::optional<QVariant> physicalVolumeInfo = runs.propertyList(
             {QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"), physicalVolumeUUID});
         if (!physicalVolumeInfo)
@@ -158,7 +152,7 @@ KVUnmountedVolumeScan KVUnmountedVolumeScan::run(const QString &diskutil)
         const QString identifier =
             candidate.contains(PhysicalVolumeInfoKey)
                 ? stringValue(dictionary(candidate.value(PhysicalVolumeInfoKey)).value(QStringLiteral("DeviceIdentifier")))
-                : stringValue(firstElement(firstElement(group.value(FamiliesKey)).value(LogicalVolumesKey)).value(UUIDKey));
+                : stringValue(firstDictionary(firstDictionary(group.value(FamiliesKey)).value(LogicalVolumesKey)).value(UUIDKey));
         const std::optional<QVariant> info = runs.diskInfo(identifier);
         if (!info || !stringValue(dictionary(*info).value(QStringLiteral("MountPoint"))).isEmpty())
             continue;

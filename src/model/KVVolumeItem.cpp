@@ -31,12 +31,6 @@ const QString SysProfilerInfoKey = QStringLiteral("sysProfilerInfo");
 const QString LogicalVolumeGroupKey = QStringLiteral("LogicalVolumeGroup");
 const QString LogicalVolumeFamilyInfoKey = QStringLiteral("LogicalVolumeFamilyInfo");
 
-QVariant firstElement(const QVariant &array)
-{
-    const QVariantList list = KVValue::array(array);
-    return list.isEmpty() ? QVariant() : list.first();
-}
-
 // Items may be released by a worker thread (a scan that found nothing new
 // drops the items it built), but they live on the GUI thread.
 void releaseItem(KVVolumeItem *item)
@@ -160,9 +154,9 @@ void KVVolumeItem::readSysProfilerInfo()
 void KVVolumeItem::readLogicalVolumeStatus()
 {
     const QVariantMap group = dictionary(m_raw.value(LogicalVolumeGroupKey));
-    const QVariant family = firstElement(group.value(QStringLiteral("CoreStorageLogicalVolumeFamilies")));
-    const QVariant volume = firstElement(dictionary(family).value(QStringLiteral("CoreStorageLogicalVolumes")));
-    m_logicalVolumeUUID = stringValue(dictionary(volume).value(QStringLiteral("CoreStorageUUID")));
+    const QVariantMap family = firstDictionary(group.value(QStringLiteral("CoreStorageLogicalVolumeFamilies")));
+    const QVariantMap volume = firstDictionary(family.value(QStringLiteral("CoreStorageLogicalVolumes")));
+    m_logicalVolumeUUID = stringValue(volume.value(QStringLiteral("CoreStorageUUID")));
 
     const QString status = stringValue(dictionary(m_raw.value(LogicalVolumeFamilyInfoKey))
                                            .value(QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionStatus")));

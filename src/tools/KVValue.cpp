@@ -102,4 +102,10 @@ QVariantList array(const QVariant &value)
     return value.typeId() == QMetaType::QVariantList ? value.toList() : QVariantList();
 }
 
+QVariantMap firstDictionary(const QVariant &value)
+{
+    const QVariantList list = array(value);
+    return list.isEmpty() ? QVariantMap() : dictionary(list.first());
+}
+
 } // namespace KVValue

@@ -16,5 +16,7 @@ qint64 integerValue(const QVariant &value);
 QString stringValue(const QVariant &value);
 QVariantMap dictionary(const QVariant &value);
 QVariantList array(const QVariant &value);
+// The dictionary that is the first element of an array; empty when there is none.
+QVariantMap firstDictionary(const QVariant &array);
 
 } // namespace KVValue
