@@ -108,8 +108,11 @@ KVImageResult KVFuseDataPath::attach(const KVAttachRequest &request, const KVSec
         return KVImageError(KVImageError::NoMountableFileSystems);
     record.volumeUuid = superblock->uuid;
     record.payloadSize = qint64(superblock->blockCount * superblock->blockSize);
+    // Images made elsewhere may carry no name in their header.
+    if (record.volumeName.isEmpty())
+        record.volumeName = superblock->label.isEmpty() ? QStringLiteral("Untitled") : superblock->label;
 
-    record.mountPoint = KVVolumeFolder::create(request.mountRoot, request.volumeName);
+    record.mountPoint = KVVolumeFolder::create(request.mountRoot, record.volumeName);
     if (record.mountPoint.isEmpty())
         return KVImageError(KVImageError::NoMountableFileSystems);
     record.createdMountPoint = true;
