@@ -252,7 +252,8 @@ int KVImagefs::mount(const std::string &mountPoint, const std::string &name)
     if (fuse_session_mount(m_session, mountPoint.c_str()) != 0) {
         fuse_session_destroy(m_session);
         m_session = nullptr;
-        return -EIO;
+        // Where /dev/fuse is closed to ordinary users, say so.
+        return access("/dev/fuse", R_OK | W_OK) == 0 ? -EIO : -errno;
     }
     m_mountPoint = mountPoint;
     return 0;

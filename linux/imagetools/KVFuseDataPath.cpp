@@ -255,8 +255,8 @@ bool KVFuseDataPath::isVolumeMounted(const KVAttachment &record, const KVMountTa
     if (record.dataPath == kernelName)
         return mount->source == record.loopDevice
             && KVLoopDevice::backingFile(record.loopDevice) == record.payloadPath();
-    return mount->fileSystemType.contains(QLatin1String("fuse2fs"))
-        || mount->source == record.payloadPath();
+    // fuse2fs names the file system after the file it serves.
+    return mount->fileSystemType.startsWith(QLatin1String("fuse")) && mount->source == record.payloadPath();
 }
 
 KVDataPath::Health KVFuseDataPath::inspect(const KVAttachment &record, const KVMountTable &mounts) const

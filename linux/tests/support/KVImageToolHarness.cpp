@@ -103,25 +103,25 @@ QStringList KVImageToolHarness::environment() const
             QStringLiteral("PATH=/usr/local/bin:/usr/bin:/bin")};
 }
 
-QStringList KVImageToolHarness::command(const QString &tool, const QStringList &arguments) const
+QStringList KVImageToolHarness::commandAsUser(const QString &program, const QStringList &arguments) const
 {
     QStringList command;
     if (m_user != 0)
         command << QStringLiteral("setpriv") << QStringLiteral("--reuid=%1").arg(m_user)
                 << QStringLiteral("--regid=%1").arg(m_group) << QStringLiteral("--clear-groups")
                 << QStringLiteral("--");
-    return command << tool << arguments;
+    return command << program << arguments;
 }
 
 QStringList KVImageToolHarness::hdiutilCommand(const QStringList &arguments) const
 {
-    return command(QStringLiteral(KV_TEST_HDIUTIL), arguments);
+    return commandAsUser(QStringLiteral(KV_TEST_HDIUTIL), arguments);
 }
 
 KVImageToolHarness::Run KVImageToolHarness::run(const QString &tool, const QStringList &arguments,
                                                 const QByteArray &input) const
 {
-    const QStringList command = this->command(tool, arguments);
+    const QStringList command = commandAsUser(tool, arguments);
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.setEnvironment(environment());
@@ -146,6 +146,12 @@ KVImageToolHarness::Run KVImageToolHarness::hdiutil(const QStringList &arguments
 KVImageToolHarness::Run KVImageToolHarness::diskutil(const QStringList &arguments) const
 {
     return run(QStringLiteral(KV_TEST_DISKUTIL), arguments, QByteArray());
+}
+
+KVImageToolHarness::Run KVImageToolHarness::shell(const QString &script, const QStringList &arguments) const
+{
+    return run(QStringLiteral("/bin/sh"), QStringList{QStringLiteral("-c"), script, QStringLiteral("sh")} + arguments,
+               QByteArray());
 }
 
 KVImageToolHarness::Run KVImageToolHarness::create(const QString &name, const QByteArray &password,

@@ -36,8 +36,11 @@ public:
 
     Run hdiutil(const QStringList &arguments, const QByteArray &input = QByteArray()) const;
     Run diskutil(const QStringList &arguments) const;
-    // The command line that runs hdiutil as the harness's user, for tests that
-    // start it themselves (to kill it half way).
+    // /bin/sh -c script, as the harness's user, with the arguments as $1...
+    Run shell(const QString &script, const QStringList &arguments = QStringList()) const;
+    // Command lines that run a program as the harness's user, for tests that
+    // start it themselves (to kill it half way, or keep it running).
+    QStringList commandAsUser(const QString &program, const QStringList &arguments) const;
     QStringList hdiutilCommand(const QStringList &arguments) const;
     QStringList environment() const;
 
@@ -60,7 +63,6 @@ public:
 
 private:
     Run run(const QString &tool, const QStringList &arguments, const QByteArray &input) const;
-    QStringList command(const QString &tool, const QStringList &arguments) const;
 
     QTemporaryDir m_directory;
     QString m_root;
