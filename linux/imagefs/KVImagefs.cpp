@@ -1,7 +1,7 @@
 #define FUSE_USE_VERSION FUSE_MAKE_VERSION(3, 14)
 #include "KVImagefs.h"
 
-#include "KVPayloadFile.h"
+#include "KVPayloadViews.h"
 
 #include <cerrno>
 #include <cstring>
@@ -20,6 +20,7 @@ namespace {
 
 constexpr fuse_ino_t payloadIno = 2;
 constexpr double attributeTimeout = 1.0;
+constexpr unsigned maxThreads = 4;
 
 KVImagefs &self(fuse_req_t req)
 {
@@ -106,25 +107,31 @@ struct KVImagefsOperations
             fuse_reply_err(req, EROFS);
             return;
         }
-        // No page cache here: the image file below has one already, and the
-        // loop device above brings its own.
-        fi->direct_io = 1;
+        // A loop device opens with O_DIRECT and bypasses the page cache here
+        // (the file system above caches); fuse2fs and e2fsprogs read small
+        // blocks and gain from the cache and its read-ahead. Whatever was
+        // cached is dropped on every open.
         fi->keep_cache = 0;
-        fs(req).opened();
+        // A reply frees the request: nothing may reach it through req after.
+        KVImagefs &imagefs = fs(req);
+        imagefs.opened();
         if (fuse_reply_open(req, fi) != 0)
-            fs(req).released();
+            imagefs.released();
     }
 
     static void release(fuse_req_t req, fuse_ino_t, fuse_file_info *)
     {
+        KVImagefs &imagefs = fs(req);
         fuse_reply_err(req, 0);
-        fs(req).released();
+        imagefs.released();
     }
 
     static void read(fuse_req_t req, fuse_ino_t, size_t size, off_t offset, fuse_file_info *)
     {
+        // The data stays in the view's buffer until the reply has copied it.
+        auto view = fs(req).m_payload.lease();
         const uint8_t *data = nullptr;
-        const ssize_t n = fs(req).m_payload.read(uint64_t(offset), size, &data);
+        const ssize_t n = view->read(uint64_t(offset), size, &data);
         if (n < 0)
             fuse_reply_err(req, int(-n));
         else
@@ -138,8 +145,8 @@ struct KVImagefsOperations
             fuse_reply_err(req, EROFS);
             return;
         }
-        const ssize_t n = fs(req).m_payload.write(uint64_t(offset),
-                                                  reinterpret_cast<const uint8_t *>(buf), size);
+        const ssize_t n = fs(req).m_payload.lease()->write(uint64_t(offset),
+                                                           reinterpret_cast<const uint8_t *>(buf), size);
         if (n < 0)
             fuse_reply_err(req, int(-n));
         else
@@ -171,7 +178,7 @@ struct KVImagefsOperations
         } else if (mode == (FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE)
                    || mode == FALLOC_FL_ZERO_RANGE
                    || mode == (FALLOC_FL_ZERO_RANGE | FALLOC_FL_KEEP_SIZE)) {
-            fuse_reply_err(req, -imagefs.m_payload.zero(uint64_t(offset), uint64_t(length)));
+            fuse_reply_err(req, -imagefs.m_payload.lease()->zero(uint64_t(offset), uint64_t(length)));
         } else {
             fuse_reply_err(req, EOPNOTSUPP);
         }
@@ -202,7 +209,7 @@ struct KVImagefsOperations
     }
 };
 
-KVImagefs::KVImagefs(KVPayloadFile &payload, bool readOnly)
+KVImagefs::KVImagefs(KVPayloadViews &payload, bool readOnly)
     : m_payload(payload), m_readOnly(readOnly)
 {
 }
@@ -263,9 +270,14 @@ int KVImagefs::serve(int controlFd)
 {
     std::thread watcher([this, controlFd] { watch(controlFd); });
     fuse_set_signal_handlers(m_session);
-    // One request at a time: the payload's buffer is shared, and a single
-    // thread that never allocates cannot deadlock against writeback.
-    const int result = fuse_session_loop(m_session);
+    // A few threads: while one waits for the disk another encrypts. Each
+    // borrows a view with its own buffer, so that none allocates while
+    // serving writeback, once the views exist.
+    fuse_loop_config *config = fuse_loop_cfg_create();
+    fuse_loop_cfg_set_max_threads(config, maxThreads);
+    fuse_loop_cfg_set_idle_threads(config, maxThreads);
+    const int result = fuse_session_loop_mt(m_session, config);
+    fuse_loop_cfg_destroy(config);
     fuse_remove_signal_handlers(m_session);
     // The loop ends when the kernel drops the connection (after our lazy
     // unmount) or on a signal; either way the watcher must be released.

@@ -4,7 +4,7 @@
 #include <string>
 
 struct fuse_session;
-class KVPayloadFile;
+class KVPayloadViews;
 
 // A FUSE file system with one file, "payload": the decrypted payload of one
 // image. It lives as long as somebody needs it: while the program that started
@@ -13,7 +13,7 @@ class KVPayloadFile;
 class KVImagefs
 {
 public:
-    KVImagefs(KVPayloadFile &payload, bool readOnly);
+    KVImagefs(KVPayloadViews &payload, bool readOnly);
     ~KVImagefs();
 
     // Mounts at mountPoint; returns 0 or -errno.
@@ -33,7 +33,7 @@ private:
     void watch(int controlFd);
     void unmountLazily();
 
-    KVPayloadFile &m_payload;
+    KVPayloadViews &m_payload;
     const bool m_readOnly;
     fuse_session *m_session = nullptr;
     std::string m_mountPoint;

@@ -8,7 +8,7 @@
 // environment or a file); the answer is "OK" once mounted or "ERR <errno>".
 
 #include "KVImagefs.h"
-#include "KVPayloadFile.h"
+#include "KVPayloadViews.h"
 #include "KVSecureBytes.h"
 #include "KVSectorCipher.h"
 
@@ -139,15 +139,18 @@ int main(int argc, char **argv)
         return 1;
     }
 
-    KVSectorCipher cipher(key.data(), key.size(), options->sectorSize);
+    auto cipher = std::make_unique<KVSectorCipher>(key.data(), key.size(), options->sectorSize);
     key = KVSecureBytes(); // the cipher holds the key schedule now; wipe ours
-    if (!cipher.isValid()) {
+    if (!cipher->isValid()) {
         answer(control, EINVAL);
         return 1;
     }
-    KVPayloadFile payload(image, options->offset, cipher, maxRequest);
-    if (geteuid() == 0)
+    KVPayloadViews payload(image, options->offset, std::move(cipher), maxRequest);
+    if (geteuid() == 0) {
+        // Worker threads need little stack; all of it is locked below.
+        setenv("FUSE_THREAD_STACK", "262144", 1);
         mlockall(MCL_CURRENT | MCL_FUTURE);
+    }
 
     KVImagefs imagefs(payload, options->readOnly);
     if (const int err = imagefs.mount(options->mountPoint, options->name)) {

@@ -13,6 +13,16 @@
 namespace {
 
 constexpr int attempts = 20; // other programs race us for free devices
+constexpr QByteArrayView readAheadKiB = "4096";
+
+// Every request to the loop device becomes a round trip through imagefs;
+// long sequential reads want few, large ones.
+void setReadAhead(const QString &device)
+{
+    QFile readAhead(QStringLiteral("/sys/block/%1/queue/read_ahead_kb").arg(QFileInfo(device).fileName()));
+    if (readAhead.open(QIODevice::WriteOnly))
+        readAhead.write(readAheadKiB.data(), readAheadKiB.size());
+}
 
 } // namespace
 
@@ -65,6 +75,7 @@ KVImageResult KVLoopDevice::attach(const QString &file, bool readOnly)
             m_fd = device;
             m_path = path;
             error = 0;
+            setReadAhead(path);
         } else {
             error = errno;
             close(device);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,13 +45,16 @@ int pwriteFully(int fd, const uint8_t *buffer, size_t length, off_t offset)
     return 0;
 }
 
+constexpr size_t earlyWritebackSpan = 256 * 1024;
+
 } // namespace
 
-KVPayloadFile::KVPayloadFile(int imageFd, uint64_t dataOffset, KVSectorCipher &cipher,
-                             size_t maxRequest)
+KVPayloadFile::KVPayloadFile(int imageFd, uint64_t dataOffset, const KVSectorCipher &cipher,
+                             size_t maxRequest, std::mutex &partialSectors)
     : m_fd(imageFd),
       m_dataOffset(dataOffset),
-      m_cipher(cipher),
+      m_cipher(cipher.clone()),
+      m_partialSectors(partialSectors),
       m_sector(cipher.sectorSize()),
       m_maxRequest(maxRequest),
       // Room for the largest request plus the partial sectors at either end.
@@ -60,10 +64,15 @@ KVPayloadFile::KVPayloadFile(int imageFd, uint64_t dataOffset, KVSectorCipher &c
 
 uint64_t KVPayloadFile::size() const
 {
+    return sizeOf(m_fd, m_dataOffset, m_sector);
+}
+
+uint64_t KVPayloadFile::sizeOf(int imageFd, uint64_t dataOffset, size_t sectorSize)
+{
     struct stat st;
-    if (fstat(m_fd, &st) != 0 || uint64_t(st.st_size) <= m_dataOffset)
+    if (fstat(imageFd, &st) != 0 || uint64_t(st.st_size) <= dataOffset)
         return 0;
-    return (uint64_t(st.st_size) - m_dataOffset) / m_sector * m_sector;
+    return (uint64_t(st.st_size) - dataOffset) / sectorSize * sectorSize;
 }
 
 ssize_t KVPayloadFile::read(uint64_t offset, size_t length, const uint8_t **data)
@@ -78,7 +87,7 @@ ssize_t KVPayloadFile::read(uint64_t offset, size_t length, const uint8_t **data
     const size_t span = size_t(last - first);
     if (const int err = preadFully(m_fd, m_buffer.data(), span, off_t(m_dataOffset + first)))
         return err;
-    if (!m_cipher.decrypt(m_buffer.data(), m_buffer.data(), span, first))
+    if (!m_cipher->decrypt(m_buffer.data(), m_buffer.data(), span, first))
         return -EIO;
     *data = m_buffer.data() + (offset - first);
     return ssize_t(end - offset);
@@ -123,7 +132,7 @@ int KVPayloadFile::loadSector(uint64_t sectorOffset, uint8_t *into)
 {
     if (const int err = preadFully(m_fd, into, m_sector, off_t(m_dataOffset + sectorOffset)))
         return err;
-    return m_cipher.decrypt(into, into, m_sector, sectorOffset) ? 0 : -EIO;
+    return m_cipher->decrypt(into, into, m_sector, sectorOffset) ? 0 : -EIO;
 }
 
 // data == nullptr writes zeros.
@@ -135,7 +144,11 @@ ssize_t KVPayloadFile::writeChunk(uint64_t offset, const uint8_t *data, size_t l
     const size_t span = size_t(last - first);
     uint8_t *buffer = m_buffer.data();
 
-    // Partial sectors at either end keep the bytes around the new data.
+    // Partial sectors at either end keep the bytes around the new data; two
+    // such writes into one sector must not interleave.
+    std::unique_lock<std::mutex> partial(m_partialSectors, std::defer_lock);
+    if (offset != first || end != last)
+        partial.lock();
     if (offset != first)
         if (const int err = loadSector(first, buffer))
             return err;
@@ -148,9 +161,15 @@ ssize_t KVPayloadFile::writeChunk(uint64_t offset, const uint8_t *data, size_t l
     else
         std::memset(buffer + (offset - first), 0, length);
 
-    if (!m_cipher.encrypt(buffer, buffer, span, first))
+    if (!m_cipher->encrypt(buffer, buffer, span, first))
         return -EIO;
     if (const int err = pwriteFully(m_fd, buffer, span, off_t(m_dataOffset + first)))
         return err;
+    // Start writing a large range to the disk now, without waiting for it:
+    // the disk then works while the next request is encrypted, instead of all
+    // at once when the file system above asks for a flush. Small writes are
+    // left to the page cache, which gathers them.
+    if (span >= earlyWritebackSpan)
+        sync_file_range(m_fd, off_t(m_dataOffset + first), off_t(span), SYNC_FILE_RANGE_WRITE);
     return ssize_t(length);
 }

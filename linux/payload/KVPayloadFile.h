@@ -2,25 +2,32 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <sys/types.h>
 #include <vector>
 
-class KVSectorCipher;
+#include "KVSectorCipher.h"
 
 // The decrypted view of a LUKS2 image file: payload byte p lives, encrypted, at
 // dataOffset + p of the file. Reads and writes may start and end anywhere;
 // partial sectors are read, decrypted, patched and encrypted again. All I/O
 // goes through one buffer that is allocated up front, so serving a request
 // never allocates memory (a loop device on top may be writing back under
-// memory pressure). Not thread safe: one request at a time.
+// memory pressure).
+//
+// A view serves one thread; several views of one image share the lock that
+// keeps their read-modify-write of partial sectors apart.
 class KVPayloadFile
 {
 public:
-    KVPayloadFile(int imageFd, uint64_t dataOffset, KVSectorCipher &cipher, size_t maxRequest);
+    KVPayloadFile(int imageFd, uint64_t dataOffset, const KVSectorCipher &cipher, size_t maxRequest,
+                  std::mutex &partialSectors);
 
     // Payload size in bytes, whole sectors only: the file may grow or shrink
     // between runs, the LUKS2 segment always spans the rest of the file.
     uint64_t size() const;
+    static uint64_t sizeOf(int imageFd, uint64_t dataOffset, size_t sectorSize);
 
     // Returns the number of bytes read (short only at the end of the payload),
     // or -errno. The plaintext is at *data, valid until the next call.
@@ -41,7 +48,8 @@ private:
 
     int m_fd;
     uint64_t m_dataOffset;
-    KVSectorCipher &m_cipher;
+    std::unique_ptr<KVSectorCipher> m_cipher;
+    std::mutex &m_partialSectors;
     size_t m_sector;
     size_t m_maxRequest;
     std::vector<uint8_t> m_buffer;

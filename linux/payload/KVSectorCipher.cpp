@@ -18,6 +18,19 @@ KVSectorCipher::KVSectorCipher(const uint8_t *key, size_t keySize, size_t sector
         && EVP_CipherInit_ex2(m_decrypt, cipher, key, nullptr, 0, nullptr) == 1;
 }
 
+std::unique_ptr<KVSectorCipher> KVSectorCipher::clone() const
+{
+    std::unique_ptr<KVSectorCipher> copy(new KVSectorCipher(m_sectorSize));
+    if (!m_valid)
+        return copy;
+    copy->m_encrypt = EVP_CIPHER_CTX_new();
+    copy->m_decrypt = EVP_CIPHER_CTX_new();
+    copy->m_valid = copy->m_encrypt && copy->m_decrypt
+        && EVP_CIPHER_CTX_copy(copy->m_encrypt, m_encrypt) == 1
+        && EVP_CIPHER_CTX_copy(copy->m_decrypt, m_decrypt) == 1;
+    return copy;
+}
+
 KVSectorCipher::~KVSectorCipher()
 {
     // Freeing a context cleanses its key schedule.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 typedef struct evp_cipher_ctx_st EVP_CIPHER_CTX;
 
@@ -19,6 +20,10 @@ public:
     KVSectorCipher(const KVSectorCipher &) = delete;
     KVSectorCipher &operator=(const KVSectorCipher &) = delete;
 
+    // A cipher with the same key and contexts of its own: a context serves one
+    // thread at a time, and the key need not be kept to make more.
+    std::unique_ptr<KVSectorCipher> clone() const;
+
     bool isValid() const { return m_valid; }
     size_t sectorSize() const { return m_sectorSize; }
 
@@ -31,6 +36,7 @@ public:
     static constexpr uint64_t ivUnit = 512;
 
 private:
+    explicit KVSectorCipher(size_t sectorSize) : m_sectorSize(sectorSize) {}
     bool run(EVP_CIPHER_CTX *ctx, const uint8_t *in, uint8_t *out, size_t length,
              uint64_t payloadOffset);
 

@@ -69,6 +69,7 @@ private:
     std::unique_ptr<QTemporaryFile> m_file;
     QByteArray m_key;
     std::unique_ptr<KVSectorCipher> m_cipher;
+    std::mutex m_partialSectors;
     std::unique_ptr<KVPayloadFile> m_payload;
 };
 
@@ -81,7 +82,7 @@ void KVPayloadFileTest::init()
     m_cipher = std::make_unique<KVSectorCipher>(reinterpret_cast<const uint8_t *>(m_key.constData()),
                                                 size_t(m_key.size()), sector);
     QVERIFY(m_cipher->isValid());
-    m_payload = std::make_unique<KVPayloadFile>(m_file->handle(), dataOffset, *m_cipher, maxRequest);
+    m_payload = std::make_unique<KVPayloadFile>(m_file->handle(), dataOffset, *m_cipher, maxRequest, m_partialSectors);
 }
 
 void KVPayloadFileTest::cleanup()
@@ -124,7 +125,7 @@ void KVPayloadFileTest::ciphertextIsAesXtsPlain64()
     m_key = randomBytes(keySize);
     m_cipher = std::make_unique<KVSectorCipher>(reinterpret_cast<const uint8_t *>(m_key.constData()),
                                                 size_t(keySize), sector);
-    m_payload = std::make_unique<KVPayloadFile>(m_file->handle(), dataOffset, *m_cipher, maxRequest);
+    m_payload = std::make_unique<KVPayloadFile>(m_file->handle(), dataOffset, *m_cipher, maxRequest, m_partialSectors);
 
     const QByteArray plain = randomBytes(2 * sector);
     const uint64_t at = 3 * sector;
