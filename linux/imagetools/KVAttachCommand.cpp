@@ -12,6 +12,7 @@
 
 #include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -30,7 +31,9 @@ int KVAttachCommand::run(const KVHdiutilArguments &arguments)
     }
     m_out.verbose(QStringLiteral("Initializing…"));
     const QString imagePath = QFileInfo(arguments.operands().first()).absoluteFilePath();
-    const bool readOnly = arguments.has(QStringLiteral("-readonly"));
+    // An image we may not write is attached read-only, as hdiutil does.
+    const bool readOnly = arguments.has(QStringLiteral("-readonly"))
+        || access(QFile::encodeName(imagePath).constData(), W_OK) != 0;
     const QString mountRoot = arguments.hasValue(QStringLiteral("-mountroot"))
         ? arguments.value(QStringLiteral("-mountroot"))
         : defaultMountRoot();

@@ -214,8 +214,6 @@ KVImageResult KVFuseDataPath::unmount(const KVAttachment &record, bool force)
 {
     if (!isVolumeMounted(record, KVMountTable::read()))
         return std::nullopt;
-    // Pending writes reach the image before we report anything.
-    sync();
     return unmountPath(record.mountPoint, force);
 }
 

@@ -137,7 +137,7 @@ void KVHdiutilImagesTest::createAttachDetachAndReattachReadOnly()
     QCOMPARE(h->leftovers(), QStringList());
     QVERIFY(!QFileInfo::exists(mountPoint));
 
-    QCOMPARE(h->attach(image, password, {QStringLiteral("-readonly")}).exitCode, 0);
+    QCOMPARE(h->attach(image, password, {QStringLiteral("-readonly"), QStringLiteral("-autoopen")}).exitCode, 0);
     const QString again = h->onlyMountPoint();
     QCOMPARE(readFile(again + QStringLiteral("/notes.txt")), QByteArray("hello\n"));
     QCOMPARE(readFile(again + QStringLiteral("/random.bin")), payload);

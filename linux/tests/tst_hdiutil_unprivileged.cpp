@@ -133,6 +133,12 @@ void KVHdiutilUnprivilegedTest::userCreatesAttachesAndDetaches()
     QVERIFY(h->shell(QStringLiteral("echo no > \"$1/new.txt\""), {again}).exitCode != 0);
     QCOMPARE(h->diskutilInfo(again).value(QStringLiteral("Writable")).toBool(), false);
     QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
+
+    // An image the user may not write attaches read-only by itself.
+    QVERIFY(QFile::setPermissions(image, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+    QCOMPARE(h->attach(image, password).exitCode, 0);
+    QCOMPARE(h->diskutilInfo(h->onlyMountPoint()).value(QStringLiteral("Writable")).toBool(), false);
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
     QCOMPARE(h->leftovers(), QStringList());
 }
 
