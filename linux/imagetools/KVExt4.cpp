@@ -48,10 +48,8 @@ std::optional<KVExt4::Superblock> KVExt4::readSuperblock(const QString &payload)
     Superblock s;
     s.blockSize = 1024u << le32(sb, 0x18);
     s.blockCount = le32(sb, 0x04);
-    s.freeBlocks = le32(sb, 0x0C);
     if (incompat & incompat64Bit) {
         s.blockCount |= quint64(le32(sb, 0x150)) << 32;
-        s.freeBlocks |= quint64(le32(sb, 0x158)) << 32;
     }
     s.uuid = QUuid::fromRfc4122(sb.mid(0x68, 16)).toString(QUuid::WithoutBraces).toUpper();
     s.label = QString::fromUtf8(sb.mid(0x78, labelBytes).split('\0').first());

@@ -18,7 +18,6 @@ public:
     struct Superblock
     {
         quint64 blockCount = 0;
-        quint64 freeBlocks = 0;
         quint32 blockSize = 0;
         QString uuid; // upper case, as diskutil prints volume UUIDs
         QString label;

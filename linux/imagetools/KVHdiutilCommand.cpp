@@ -75,10 +75,8 @@ bool KVHdiutilCommand::isInUse(const QString &imagePath)
     return locked;
 }
 
-KVImageResult KVHdiutilCommand::unlock(KVLuksImage &image, KVSecureBytes &volumeKey) const
+KVImageResult KVHdiutilCommand::unlock(const KVLuksImage &image, KVSecureBytes &volumeKey) const
 {
-    if (auto error = image.load())
-        return error;
     const auto password = readPassword();
     if (!password)
         return KVImageError(KVImageError::Authentication);

@@ -46,8 +46,8 @@ protected:
     // Attached by us, or served by any imagefs (which locks the image file).
     bool isInUse(const QString &imagePath);
 
-    // Loads the header and unlocks it with the password from standard input.
-    KVImageResult unlock(KVLuksImage &image, KVSecureBytes &volumeKey) const;
+    // Unlocks a loaded header with the password from standard input.
+    KVImageResult unlock(const KVLuksImage &image, KVSecureBytes &volumeKey) const;
 
     const KVToolEnvironment &m_environment;
     KVToolOutput &m_out;

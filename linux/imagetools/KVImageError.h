@@ -11,15 +11,11 @@ class KVImageError
 {
 public:
     enum Code {
-        NotPermitted = 1,
         NoSuchFile = 2,
-        InputOutput = 5,
-        PermissionDenied = 13,
         Busy = 16,
         Exists = 17,
         InvalidArgument = 22,
         NoSpace = 28,
-        ReadOnly = 30,
         TryAgain = 35,     // macOS EAGAIN: "in use", for resize and compact
         NotSupported = 45, // macOS ENOTSUP
         Authentication = 80,

@@ -28,14 +28,8 @@ void setReadAhead(const QString &device)
 
 KVLoopDevice::~KVLoopDevice()
 {
-    release();
-}
-
-void KVLoopDevice::release()
-{
     if (m_fd >= 0)
         close(m_fd);
-    m_fd = -1;
 }
 
 KVImageResult KVLoopDevice::attach(const QString &file, bool readOnly)

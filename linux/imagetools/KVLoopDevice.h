@@ -12,14 +12,13 @@ class KVLoopDevice
 {
 public:
     KVLoopDevice() = default;
+    // Lets go of the device; with nobody else holding it, it goes away.
     ~KVLoopDevice();
     KVLoopDevice(const KVLoopDevice &) = delete;
     KVLoopDevice &operator=(const KVLoopDevice &) = delete;
 
     KVImageResult attach(const QString &file, bool readOnly);
     const QString &path() const { return m_path; }
-    // Closes our hold on it; with nobody else holding it, it goes away.
-    void release();
 
     // The file behind /dev/loopN, from sysfs; empty when the device is unused.
     static QString backingFile(const QString &device);

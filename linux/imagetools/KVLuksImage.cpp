@@ -50,6 +50,8 @@ KVLuksImage::~KVLuksImage()
 
 KVImageResult KVLuksImage::openDevice()
 {
+    crypt_free(m_cd);
+    m_cd = nullptr;
     const QByteArray native = QFile::encodeName(m_path);
     struct stat st;
     if (stat(native.constData(), &st) != 0)

@@ -44,9 +44,7 @@ KVMountTable KVMountTable::parse(const QByteArray &mountinfo)
         if (fields.size() < 10 || separator < 6 || separator + 3 >= fields.size())
             continue;
         Mount mount;
-        mount.device = QString::fromLatin1(fields[2]);
         mount.mountPoint = unescaped(fields[4]);
-        mount.readOnly = fields[5].split(',').contains("ro");
         mount.fileSystemType = unescaped(fields[separator + 1]);
         mount.source = unescaped(fields[separator + 2]);
         table.m_mounts.append(mount);

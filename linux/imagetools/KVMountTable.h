@@ -14,8 +14,6 @@ public:
         QString mountPoint;
         QString fileSystemType; // "ext4", "fuse.fuse2fs", "fuse.korvelle"...
         QString source;         // "/dev/loop3", or what a FUSE file system calls itself
-        QString device;         // "major:minor" of the mounted file system
-        bool readOnly = false;
     };
 
     static KVMountTable read();

@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -115,7 +116,8 @@ KVImageResult KVPayloadSession::start(const Spec &spec, const KVSecureBytes &vol
     if (spawned != 0) {
         close(sockets[0]);
         m_pid = 0;
-        return KVImageError::fromErrno(spawned);
+        return KVImageError(KVImageError::NotSupported,
+                            QStringLiteral("cannot start %1 (%2)").arg(spec.helper, QString::fromLocal8Bit(strerror(spawned))));
     }
     m_control = sockets[0];
     m_daemon = KVProcessIdentity::of(m_pid);

@@ -77,6 +77,8 @@ int KVResizeCommand::run(const KVHdiutilArguments &arguments)
 KVImageResult KVResizeCommand::limits(const QString &imagePath, Limits &limits)
 {
     KVLuksImage image(imagePath);
+    if (auto error = image.load())
+        return error;
     KVSecureBytes volumeKey;
     if (auto error = unlock(image, volumeKey))
         return error;
