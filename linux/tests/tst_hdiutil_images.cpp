@@ -36,6 +36,7 @@ private Q_SLOTS:
 
     void createAttachDetachAndReattachReadOnly_data();
     void createAttachDetachAndReattachReadOnly();
+    void createWithAttachMountsAtOnce();
     void wrongOrEmptyPasswordLeavesNothingBehind();
     void changedPasswordOpensAndTheOldOneDoesNot();
     void erasedKeysLetNothingOpenTheImage();
@@ -146,6 +147,30 @@ void KVHdiutilImagesTest::createAttachDetachAndReattachReadOnly()
     QCOMPARE(onlyImage(h->info()).value(QStringLiteral("writeable")).toBool(), false);
     QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
     QCOMPARE(h->leftovers(), QStringList());
+}
+
+void KVHdiutilImagesTest::createWithAttachMountsAtOnce()
+{
+    // The wizard's "mount after creation": the volume goes to the default
+    // place (/media/root for root), under a name no other run uses.
+    const QString name = QFileInfo(h->path(QString())).fileName() + QStringLiteral(" attached");
+    const auto created = h->hdiutil({QStringLiteral("create"), QStringLiteral("-verbose"), QStringLiteral("-stdinpass"),
+                                     QStringLiteral("-puppetstrings"), QStringLiteral("-fs"), QStringLiteral("Journaled HFS+"),
+                                     QStringLiteral("-type"), QStringLiteral("SPARSE"), QStringLiteral("-size"), QStringLiteral("32m"),
+                                     QStringLiteral("-volname"), name, QStringLiteral("-encryption"), QStringLiteral("AES-128"),
+                                     QStringLiteral("-attach"), h->path(QStringLiteral("Attached"))},
+                                    password);
+    QVERIFY2(created.exitCode == 0, qPrintable(created.output));
+    QVERIFY(!created.has(QStringLiteral("failed")));
+    const QString mountPoint = h->onlyMountPoint();
+    QCOMPARE(QFileInfo(mountPoint).fileName(), name);
+    QVERIFY(writeFile(mountPoint + QStringLiteral("/first.txt"), "first"));
+
+    // Detached by its mount point, as for any volume with one.
+    const auto detached = h->detach(mountPoint);
+    QVERIFY2(detached.has(QStringLiteral("unmounted.")) && detached.has(QStringLiteral("ejected.")),
+             qPrintable(detached.output));
+    QVERIFY(!QFileInfo::exists(mountPoint));
 }
 
 void KVHdiutilImagesTest::wrongOrEmptyPasswordLeavesNothingBehind()
