@@ -3,10 +3,17 @@
 #include "KVAlert.h"
 #include "KVAppNotifications.h"
 #include "KVFavouriteItem.h"
+#include "KVFavouriteMountViewsController.h"
 #include "KVFavouritesArchive.h"
+#include "KVFavouritesDrop.h"
 #include "KVMainWindow.h"
+#include "KVMountAreaView.h"
+#include "KVMountImageSheet.h"
+#include "KVOutlineView.h"
 #include "KVPreferenceKeys.h"
 #include "KVPreferencesController.h"
+#include "KVSidebarModel.h"
+#include "controls/KVColors.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "platform/KVMainQueue.h"
@@ -16,8 +23,10 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
+#include <QMimeData>
 #include <QWindow>
 
 namespace {
@@ -40,6 +49,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
         m_services.workspace = KVWorkspaceNotifications::shared();
     connect(m_mainWindow.get(), &KVMainWindow::closeRequested, this, &KVAppDelegate::requestQuit);
     connect(m_mainWindow.get(), &KVMainWindow::preferencesRequested, this, &KVAppDelegate::showPreferences);
+    connectSidebarAndMountSheets();
 }
 
 KVAppDelegate::~KVAppDelegate()
@@ -352,4 +362,192 @@ void KVAppDelegate::updateDetailView()
 void KVAppDelegate::showError(const KVAppError &error)
 {
     KVAlert::showError(m_mainWindow.get(), error);
+}
+
+void KVAppDelegate::connectSidebarAndMountSheets()
+{
+    KVMainWindow *window = m_mainWindow.get();
+    KVOutlineView *outline = window->sidebar();
+    KVSidebarModel *model = window->sidebarModel();
+    connect(this, &KVAppDelegate::mountDiskImageSheetRequested, this, &KVAppDelegate::mountDiskImageSheet);
+    connect(window, &KVMainWindow::mountDiskImageRequested, this, &KVAppDelegate::mountDiskImage);
+    connect(window, &KVMainWindow::addFavouriteFolderRequested, this, &KVAppDelegate::addFavouriteFolder);
+    connect(window, &KVMainWindow::draggingEntered, this, &KVAppDelegate::draggingEntered);
+    connect(window, &KVMainWindow::draggingExited, this, &KVAppDelegate::draggingExited);
+    connect(window, &KVMainWindow::performDragOperation, this, &KVAppDelegate::performDragOperation);
+    connect(outline, &KVOutlineView::unmountRequested, this, &KVAppDelegate::unmountFromOutlineView);
+    connect(outline, &KVOutlineView::favouriteActivated, this,
+            [this, model](const QModelIndex &index) { mountFavourite(model->favouriteItem(index)); });
+    connect(outline, &KVOutlineView::deleteRequested, this, &KVAppDelegate::deleteFavouriteContext);
+    connect(outline, &KVOutlineView::favouriteDroppedOnRemoveButton, this, &KVAppDelegate::deleteFavouriteTrash);
+    connect(outline->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &KVAppDelegate::outlineViewSelectionDidChange);
+    // Once the name field has closed: a rename rebuilds the sidebar.
+    connect(model, &KVSidebarModel::favouriteFolderRenamed, this, &KVAppDelegate::renameFavouriteFolder,
+            Qt::QueuedConnection);
+    model->setFavouriteDropHandler([this](const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex) {
+        return acceptFavouriteDrop(data, folder, childIndex);
+    });
+}
+
+void KVAppDelegate::outlineViewSelectionDidChange()
+{
+    // The row drawn selected since the last rebuild gives way to the user's choice.
+    KVSidebarModel *model = m_mainWindow->sidebarModel();
+    model->clearDrawnSelection();
+    const QModelIndexList selected = m_mainWindow->sidebar()->selectionModel()->selectedRows();
+    setCurrentSelection(selected.isEmpty() ? nullptr : model->volume(selected.first()));
+}
+
+void KVAppDelegate::unmountFromOutlineView(const QModelIndex &index)
+{
+    if (const KVVolumeItemPtr volume = m_mainWindow->sidebarModel()->volume(index))
+        unmountVolume(volume);
+}
+
+bool KVAppDelegate::acceptFavouriteDrop(const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex)
+{
+    const bool moved = folder ? KVFavouritesDrop::acceptItemDrop(m_favourites, data, folder, childIndex)
+                              : KVFavouritesDrop::acceptFolderDrop(m_favourites, data, childIndex);
+    if (!moved)
+        return false;
+    reloadSidebar();
+    KVAppNotifications::instance().postUpdateFavs();
+    return true;
+}
+
+void KVAppDelegate::deleteFavouriteTrash(const QMimeData &data)
+{
+    if (data.hasFormat(KVFavouritesDrop::ItemFormat)) {
+        // The archived folder must live while the item is looked up by it.
+        if (const auto archived = KVFavouritesArchive::unarchiveItem(data.data(KVFavouritesDrop::ItemFormat)))
+            deleteFavourite(archived->item);
+    } else if (data.hasFormat(KVFavouritesDrop::FolderFormat)) {
+        if (const KVFavouriteFolderPtr folder =
+                KVFavouritesArchive::unarchiveFolder(data.data(KVFavouritesDrop::FolderFormat)))
+            deleteFavourite(folder);
+    }
+}
+
+void KVAppDelegate::deleteFavouriteContext(const QModelIndex &index)
+{
+    const KVSidebarModel *model = m_mainWindow->sidebarModel();
+    if (const KVFavouriteItemPtr item = model->favouriteItem(index))
+        deleteFavourite(item);
+    else if (const KVFavouriteFolderPtr folder = model->folder(index))
+        deleteFavourite(folder);
+}
+
+void KVAppDelegate::draggingEntered()
+{
+    m_mainWindow->innerMountArea()->setActive(true);
+    m_mainWindow->setMountVolumeLabelColour(KVColors::kvWhiteText());
+}
+
+void KVAppDelegate::draggingExited()
+{
+    m_mainWindow->innerMountArea()->setActive(false);
+    m_mainWindow->setMountVolumeLabelColour(KVColors::kvLightGreyText());
+}
+
+void KVAppDelegate::performDragOperation(const QString &fileName)
+{
+    m_mountImagePath = QFileInfo(fileName).absoluteFilePath();
+    mountDiskImageSheet();
+}
+
+void KVAppDelegate::mountDiskImage()
+{
+    auto *panel = new QFileDialog(m_mainWindow.get(), tr("Choose a Disk Image:"));
+    panel->setObjectName(QStringLiteral("mountDiskImagePanel"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setWindowModality(Qt::WindowModal);
+    panel->setAcceptMode(QFileDialog::AcceptOpen);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setOption(QFileDialog::ReadOnly); // no new folders from here
+    panel->setNameFilter(tr("Disk Images (*.dmg *.sparseimage *.sparsebundle)"));
+    connect(panel, &QFileDialog::accepted, this, [this, panel] {
+        const QList<QUrl> urls = panel->selectedUrls();
+        if (urls.isEmpty() || !std::all_of(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); }))
+            return;
+        m_mountImagePath = urls.first().toLocalFile();
+        // After the panel has gone: both are sheets of the main window.
+        KVMainQueue::post([self = QPointer(this)] {
+            if (self)
+                self->mountDiskImageSheet();
+        });
+    });
+    panel->open();
+}
+
+void KVAppDelegate::mountDiskImageSheet()
+{
+    if (!m_mountImageWindow) {
+        m_mountImageWindow = new KVMountImageSheet(m_mainWindow.get());
+        connect(m_mountImageWindow, &KVMountSheet::buttonClicked, this, &KVAppDelegate::mountDiskImageButtons);
+        connect(m_mountImageWindow, &QDialog::finished, this, &KVAppDelegate::mountDiskImageSheetDidEnd);
+    }
+    m_mountImageWindow->setImagePath(m_mountImagePath);
+    m_mountImageWindow->open();
+    m_mountImageWindow->focusPassword();
+}
+
+void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
+{
+    if (identifier == u"cancel") {
+        m_mountImageWindow->endSheet(SheetCancelled);
+        return;
+    }
+    if (identifier != u"mount")
+        return;
+    m_mountImageWindow->disableButtons();
+    m_di->mountDiskImage(m_mountImagePath, m_mountImageWindow->password(), m_mountImageWindow->readOnly(),
+                         m_mountImageWindow->mountRoot(), KVPreferencesController::prefOpenFinderAfterMount(),
+                         [self = QPointer(this)](const KVOptionalError &error) {
+                             KVMainQueue::post([self, error] {
+                                 if (self)
+                                     self->mountDiskImageDidEnd(error);
+                             });
+                         });
+}
+
+void KVAppDelegate::mountDiskImageDidEnd(const KVOptionalError &error)
+{
+    if (error && KVMountSheet::showsInSheet(*error)) {
+        m_mountImageWindow->showErrorNotification(error->localizedFailureReason());
+        m_mountImageWindow->enableButtons();
+        return;
+    }
+    if (error) {
+        KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
+        showError(*error);
+    }
+    m_mountImageWindow->endSheet(SheetSucceeded);
+}
+
+void KVAppDelegate::mountDiskImageSheetDidEnd()
+{
+    resetDiskImageMountSheet();
+    // Also after a cancel: the image was opened, if not mounted.
+    if (KVPreferencesController::prefSaveOpenRecent())
+        m_services.recentDocuments.noteNewRecentDocumentURL(m_mountImagePath);
+}
+
+void KVAppDelegate::resetDiskImageMountSheet()
+{
+    m_mountImageWindow->reset();
+}
+
+void KVAppDelegate::mountFavourite(const KVFavouriteItemPtr &item)
+{
+    if (!item || item->type() != KVVolumeItem::DiskImageType)
+        return;
+    if (!m_favouriteMountViewsController)
+        m_favouriteMountViewsController =
+            std::make_unique<KVFavouriteMountViewsController>(m_di.get(), m_mainWindow.get());
+    m_favouriteMountViewsController->setDi(m_di.get());
+    m_favouriteMountViewsController->setFavouriteItemToMount(item);
+    // A favourite whose file was not found keeps the one chosen before, if any.
+    if (m_favouriteMountViewsController->favouriteItemToMount())
+        m_favouriteMountViewsController->mountFavouriteWindow()->open();
 }

@@ -16,9 +16,13 @@
 
 class KVDisk;
 class KVDiskImage;
+class KVFavouriteMountViewsController;
 class KVMainWindow;
+class KVMountImageSheet;
 class KVPreferencesController;
 class KVWorkspaceNotifications;
+class QMimeData;
+class QModelIndex;
 
 // The application's controller: it owns the two engines, the unified list of
 // mounted volumes, the favourites and the dialogs, and it decides what happens
@@ -88,6 +92,28 @@ public:
     // The image about to be mounted through the mount sheet.
     const QString &mountImagePath() const { return m_mountImagePath; }
 
+    // Mounting through the sheets. The open panel and a file dropped on the
+    // window lead to the image mount sheet, a favourite to its own.
+    void mountDiskImage();
+    void mountDiskImageSheet();
+    void mountDiskImageButtons(const QString &identifier);
+    void mountFavourite(const KVFavouriteItemPtr &item);
+    KVMountImageSheet *mountImageWindow() const { return m_mountImageWindow; }
+    KVFavouriteMountViewsController *favouriteMountViewsController() const
+    {
+        return m_favouriteMountViewsController.get();
+    }
+
+    // A file dragged over the main window (one "sparseimage" file only).
+    void draggingEntered();
+    void draggingExited();
+    void performDragOperation(const QString &fileName);
+
+    // The sidebar's requests.
+    void unmountFromOutlineView(const QModelIndex &index);
+    void deleteFavouriteContext(const QModelIndex &index);
+    void deleteFavouriteTrash(const QMimeData &data);
+
     bool appShouldTerminate() const { return m_quit->appShouldTerminate; }
 
     void mountedDiskImagesDidChange(KVDiskImage *engine, const QList<KVVolumeItemPtr> &volumes) override;
@@ -110,6 +136,12 @@ private:
     bool forceUnmount() const;
     bool disksAvailable() const;
     void reloadSidebar();
+    void connectSidebarAndMountSheets();
+    void outlineViewSelectionDidChange();
+    bool acceptFavouriteDrop(const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex);
+    void mountDiskImageDidEnd(const KVOptionalError &error);
+    void mountDiskImageSheetDidEnd();
+    void resetDiskImageMountSheet();
 
     Services m_services;
     std::unique_ptr<KVMainWindow> m_mainWindow;
@@ -121,6 +153,8 @@ private:
     KVVolumeItemPtr m_currentSelection;
     QList<KVFavouriteFolderPtr> m_favourites;
     QString m_mountImagePath;
+    KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
+    std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;
 
     // A quit that waits for unmounts. Once set, appShouldTerminate stays set.
     // Unmount completions count on the image engine's worker thread, so the

@@ -1,47 +1,116 @@
 #include "KVMainWindow.h"
 
-#include "KVFavouriteItem.h"
+#include "KVHoverArea.h"
+#include "KVMountAreaView.h"
+#include "KVOutlineView.h"
+#include "KVPreferenceKeys.h"
+#include "KVSidebarModel.h"
+#include "KVSidebarStyle.h"
+#include "controls/KVColors.h"
+#include "platform/KVUserDefaults.h"
 
 #include <QCloseEvent>
-#include <QHeaderView>
+#include <QFileInfo>
+#include <QGraphicsOpacityEffect>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QParallelAnimationGroup>
+#include <QPropertyAnimation>
+#include <QPushButton>
 #include <QSplitter>
-#include <QStandardItemModel>
 #include <QToolBar>
 #include <QToolButton>
-#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
-QStandardItem *row(const QString &text, bool selectable = false)
+// The drop area's fade, before "animationDurationMultiplier" scales it.
+constexpr double MountAreaFadeMs = 300.0;
+constexpr double LongestFadeMs = 60000.0;
+
+// The local files of a drag; nothing when the drag holds anything else.
+QStringList fileNames(const QMimeData *data)
 {
-    auto *item = new QStandardItem(text);
-    item->setSelectable(selectable);
-    item->setEditable(false);
-    return item;
+    QStringList names;
+    if (!data)
+        return names;
+    for (const QUrl &url : data->urls()) {
+        if (!url.isLocalFile())
+            return {};
+        names.append(url.toLocalFile());
+    }
+    return names;
 }
 
 } // namespace
 
 KVMainWindow::KVMainWindow(QWidget *parent)
     : QMainWindow(parent)
-    , m_sidebar(new QTreeView)
-    , m_sidebarModel(new QStandardItemModel(this))
+    , m_sidebarModel(new KVSidebarModel(this))
+    , m_sidebar(new KVOutlineView)
     , m_detail(new QLabel)
     , m_addToFavouritesMenu(new QMenu(this))
+    , m_mountAreaFade(new QParallelAnimationGroup(this))
 {
     setWindowTitle(QStringLiteral("Korvelle"));
     setObjectName(QStringLiteral("mainWindow"));
-
-    m_sidebar->setObjectName(QStringLiteral("sidebar"));
-    m_sidebar->setModel(m_sidebarModel);
-    m_sidebar->header()->hide();
+    setAcceptDrops(true);
+    m_sidebar->setSidebarModel(m_sidebarModel);
 
     m_detail->setObjectName(QStringLiteral("detailPlaceholder"));
     m_detail->setAlignment(Qt::AlignCenter);
+    m_detail->setAutoFillBackground(true);
+    QPalette detailColours = m_detail->palette();
+    detailColours.setColor(QPalette::Window, KVColors::kvDetailViewBackground());
+    detailColours.setColor(QPalette::WindowText, KVColors::kvLightGreyText());
+    m_detail->setPalette(detailColours);
 
+    createMenus();
+
+    auto *addToFavourites = new QToolButton;
+    addToFavourites->setObjectName(QStringLiteral("addToFavouritePullDown"));
+    addToFavourites->setText(tr("Add to Favorites"));
+    addToFavourites->setMenu(m_addToFavouritesMenu);
+    addToFavourites->setPopupMode(QToolButton::InstantPopup);
+    auto *toolbar = addToolBar(tr("Volume"));
+    toolbar->setObjectName(QStringLiteral("toolbar"));
+    toolbar->setMovable(false);
+    toolbar->addWidget(addToFavourites);
+
+    auto *splitter = new QSplitter;
+    splitter->setObjectName(QStringLiteral("splitView"));
+    splitter->setHandleWidth(1);
+    splitter->setChildrenCollapsible(false);
+    splitter->addWidget(createSidebarPane());
+    splitter->addWidget(m_detail);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({250, 610});
+    QPalette splitColours = splitter->palette();
+    splitColours.setColor(QPalette::Window, KVColors::kvSelectOutline());
+    splitter->setPalette(splitColours);
+    setCentralWidget(splitter);
+    resize(860, 560);
+
+    reloadSidebar({}, {}, nullptr);
+    showDetails(nullptr);
+}
+
+KVMainWindow::~KVMainWindow()
+{
+    // A folder rename still open would be committed when the window hides on
+    // its way out, and reach a controller that is itself being torn down:
+    // letting go of the model closes the field without committing.
+    m_sidebar->setModel(nullptr);
+}
+
+void KVMainWindow::createMenus()
+{
     QMenu *application = menuBar()->addMenu(tr("&Korvelle"));
     QAction *preferences = application->addAction(tr("&Preferences…"), this, &KVMainWindow::preferencesRequested);
     preferences->setMenuRole(QAction::PreferencesRole);
@@ -51,50 +120,179 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     quit->setMenuRole(QAction::QuitRole);
     quit->setShortcut(QKeySequence::Quit);
 
-    auto *addToFavourites = new QToolButton;
-    addToFavourites->setObjectName(QStringLiteral("addToFavouritePullDown"));
-    addToFavourites->setText(tr("Add to Favorites"));
-    addToFavourites->setMenu(m_addToFavouritesMenu);
-    addToFavourites->setPopupMode(QToolButton::InstantPopup);
-    auto *toolbar = addToolBar(tr("Volume"));
-    toolbar->setObjectName(QStringLiteral("toolbar"));
-    toolbar->addWidget(addToFavourites);
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    QAction *open = file->addAction(tr("&Open Disk Image…"), this, &KVMainWindow::mountDiskImageRequested);
+    open->setShortcut(QKeySequence::Open);
+    file->addAction(tr("New Favorites &Folder"), this, &KVMainWindow::addFavouriteFolderRequested);
+}
 
-    auto *splitter = new QSplitter;
-    splitter->addWidget(m_sidebar);
-    splitter->addWidget(m_detail);
-    splitter->setStretchFactor(1, 1);
-    splitter->setSizes({240, 560});
-    setCentralWidget(splitter);
-    resize(820, 520);
+QWidget *KVMainWindow::createSidebarPane()
+{
+    auto *pane = new QWidget;
+    pane->setObjectName(QStringLiteral("sidebarPane"));
+    pane->setMinimumWidth(210);
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_sidebar, 1);
+    layout->addWidget(createMountArea());
+    connect(m_sidebar, &KVOutlineView::addFolderRequested, this, &KVMainWindow::addFavouriteFolderRequested);
+    return pane;
+}
 
-    reloadSidebar({}, {}, nullptr);
-    showDetails(nullptr);
+QWidget *KVMainWindow::createMountArea()
+{
+    m_outerMountArea = new KVHoverArea;
+    m_outerMountArea->setObjectName(QStringLiteral("outerMountArea"));
+    m_outerMountArea->setFixedHeight(96);
+    auto *outerLayout = new QVBoxLayout(m_outerMountArea);
+    outerLayout->setContentsMargins(12, 12, 12, 12);
+
+    m_innerMountArea = new KVMountAreaView;
+    m_innerMountArea->setObjectName(QStringLiteral("innerMountArea"));
+    outerLayout->addWidget(m_innerMountArea);
+
+    // Three parts in one place: the label at rest, the button and its caption
+    // while the pointer is over the area.
+    m_mountVolumeLabel = new QLabel(tr("Drop a disk image to mount it"));
+    m_mountVolumeLabel->setObjectName(QStringLiteral("mountVolumeLabel"));
+    m_mountVolumeLabel->setAlignment(Qt::AlignCenter);
+    m_mountVolumeLabel->setWordWrap(true);
+    m_mountVolumeLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+
+    auto *openButton = new QPushButton(tr("Open Disk Image…"));
+    openButton->setObjectName(QStringLiteral("mountDiskImageButton"));
+    openButton->setCursor(Qt::PointingHandCursor);
+    openButton->setStyleSheet(QStringLiteral(
+        "QPushButton { color: %1; background: rgba(255,255,255,22); border: 1px solid rgba(255,255,255,40);"
+        " border-radius: 5px; padding: 3px 12px; }"
+        "QPushButton:hover { background: rgba(255,255,255,36); }"
+        "QPushButton:pressed { background: rgba(255,255,255,14); }")
+                                  .arg(KVColors::kvWhiteText().name()));
+    connect(openButton, &QPushButton::clicked, this, &KVMainWindow::mountDiskImageRequested);
+
+    auto *caption = new QLabel(tr("sparseimage, sparsebundle or dmg"));
+    caption->setObjectName(QStringLiteral("mountAreaCaption"));
+    caption->setAlignment(Qt::AlignCenter);
+    caption->setFont(KVSidebarStyle::font(caption->font(), 0.82));
+    QPalette captionColours = caption->palette();
+    captionColours.setColor(QPalette::WindowText, KVColors::kvLightGreyText());
+    caption->setPalette(captionColours);
+
+    auto *grid = new QGridLayout(m_innerMountArea);
+    grid->setContentsMargins(8, 6, 8, 6);
+    grid->setVerticalSpacing(3);
+    grid->addWidget(m_mountVolumeLabel, 0, 0, 2, 1);
+    grid->addWidget(openButton, 0, 0, Qt::AlignHCenter | Qt::AlignBottom);
+    grid->addWidget(caption, 1, 0, Qt::AlignHCenter | Qt::AlignTop);
+
+    const std::array<QWidget *, 3> parts{m_mountVolumeLabel, openButton, caption};
+    for (size_t part = 0; part < parts.size(); ++part) {
+        m_mountAreaOpacity[part] = new QGraphicsOpacityEffect(parts[part]);
+        m_mountAreaOpacity[part]->setOpacity(part == 0 ? 1.0 : 0.0);
+        parts[part]->setGraphicsEffect(m_mountAreaOpacity[part]);
+    }
+    setMountVolumeLabelColour(KVColors::kvLightGreyText());
+
+    connect(m_outerMountArea, &KVHoverArea::mouseDidEnter, this, &KVMainWindow::mouseDidEnter);
+    connect(m_outerMountArea, &KVHoverArea::mouseDidExit, this, &KVMainWindow::mouseDidExit);
+    return m_outerMountArea;
+}
+
+qreal KVMainWindow::mountAreaOpacity(int part) const
+{
+    return m_mountAreaOpacity.at(size_t(part))->opacity();
+}
+
+void KVMainWindow::setMountVolumeLabelColour(const QColor &colour)
+{
+    QPalette colours = m_mountVolumeLabel->palette();
+    colours.setColor(QPalette::WindowText, colour);
+    m_mountVolumeLabel->setPalette(colours);
+}
+
+void KVMainWindow::mouseDidEnter()
+{
+    // While a file is dragged over the window the label stays: it says what a drop does.
+    if (!m_innerMountArea->isActive())
+        fadeMountArea(0.0, 1.0);
+}
+
+void KVMainWindow::mouseDidExit()
+{
+    fadeMountArea(1.0, 0.0);
+}
+
+void KVMainWindow::fadeMountArea(qreal labelOpacity, qreal offersOpacity)
+{
+    const double multiplier = KVUserDefaults::standard().doubleForKey(KVAnimationDurationMultiplierKey);
+    const double duration = std::isfinite(multiplier) ? std::clamp(MountAreaFadeMs * multiplier, 0.0, LongestFadeMs) : 0.0;
+    m_mountAreaFade->stop();
+    m_mountAreaFade->clear();
+    for (size_t part = 0; part < m_mountAreaOpacity.size(); ++part) {
+        auto *fade = new QPropertyAnimation(m_mountAreaOpacity[part], "opacity");
+        fade->setDuration(int(duration));
+        fade->setEndValue(part == 0 ? labelOpacity : offersOpacity);
+        m_mountAreaFade->addAnimation(fade);
+    }
+    m_mountAreaFade->start();
 }
 
 void KVMainWindow::reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, const QList<KVVolumeItemPtr> &volumes,
-                                 const KVVolumeItemPtr &)
+                                 const KVVolumeItemPtr &selection)
 {
-    m_sidebarModel->clear();
-    // Section titles double as node identities in the sidebar, so they are not translated.
-    QStandardItem *favouritesSection = row(QStringLiteral("Favorites"));
-    for (const KVFavouriteFolderPtr &folder : favourites) {
-        QStandardItem *folderRow = row(folder->name());
-        for (const KVFavouriteItemPtr &item : folder->content())
-            folderRow->appendRow(row(item->name()));
-        favouritesSection->appendRow(folderRow);
-    }
-    QStandardItem *mountedSection = row(QStringLiteral("Mounted"));
-    for (const KVVolumeItemPtr &volume : volumes)
-        mountedSection->appendRow(row(volume->name(), true));
-    m_sidebarModel->appendRow(favouritesSection);
-    m_sidebarModel->appendRow(mountedSection);
-    m_sidebar->expandAll();
+    m_sidebarModel->reload(favourites, volumes, selection);
+    m_sidebar->restoreExpansion();
 }
 
 void KVMainWindow::showDetails(const KVVolumeItemPtr &volume)
 {
     m_detail->setText(volume ? volume->name() : tr("No volume selected"));
+}
+
+bool KVMainWindow::acceptsDroppedFiles(const QStringList &fileNames)
+{
+    return fileNames.size() == 1 && QFileInfo(fileNames.first()).suffix() == u"sparseimage";
+}
+
+void KVMainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!acceptsDroppedFiles(fileNames(event->mimeData()))) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Q_EMIT draggingEntered();
+}
+
+void KVMainWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (acceptsDroppedFiles(fileNames(event->mimeData()))) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+void KVMainWindow::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    event->accept();
+    Q_EMIT draggingExited();
+}
+
+void KVMainWindow::dropEvent(QDropEvent *event)
+{
+    const QStringList names = fileNames(event->mimeData());
+    if (!acceptsDroppedFiles(names)) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Q_EMIT performDragOperation(names.first());
+    Q_EMIT draggingExited();
 }
 
 void KVMainWindow::closeEvent(QCloseEvent *event)

@@ -1,43 +1,88 @@
 #pragma once
 
 #include "KVFavouriteFolder.h"
+#include "KVOutlineView.h"
 #include "model/KVVolumeItem.h"
 
 #include <QMainWindow>
 
+#include <array>
+
+class KVHoverArea;
+class KVMountAreaView;
+class KVSidebarModel;
+class QGraphicsOpacityEffect;
 class QLabel;
 class QMenu;
-class QStandardItemModel;
-class QTreeView;
+class QParallelAnimationGroup;
 
-// The single main window: the sidebar of favourites and mounted volumes on the
-// left, the detail pane on the right.
+// The single main window: on the left the sidebar of favourites and mounted
+// volumes above the area where disk images are dropped, on the right the
+// detail pane.
+//
+// A file dragged over the window is offered to the controller only when it
+// is exactly one file with the extension "sparseimage": the window reports
+// the drag coming in, going out and the drop, and the controller decides
+// what they do.
 class KVMainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
     explicit KVMainWindow(QWidget *parent = nullptr);
+    ~KVMainWindow() override;
 
-    QTreeView *sidebar() const { return m_sidebar; }
+    KVOutlineView *sidebar() const { return m_sidebar; }
+    KVSidebarModel *sidebarModel() const { return m_sidebarModel; }
     QMenu *addToFavouritesMenu() const { return m_addToFavouritesMenu; }
+    KVHoverArea *outerMountArea() const { return m_outerMountArea; }
+    KVMountAreaView *innerMountArea() const { return m_innerMountArea; }
+    QLabel *mountVolumeLabel() const { return m_mountVolumeLabel; }
+    // The drop area's fade between its label and what it offers.
+    QParallelAnimationGroup *mountAreaFade() const { return m_mountAreaFade; }
+    // How opaque each of the drop area's three parts is now.
+    qreal mountAreaOpacity(int part) const;
 
     void reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, const QList<KVVolumeItemPtr> &volumes,
                        const KVVolumeItemPtr &selection);
     void showDetails(const KVVolumeItemPtr &volume);
+    void setMountVolumeLabelColour(const QColor &colour);
 
 Q_SIGNALS:
     // The user closed the window or chose Quit: the application decides
     // whether to quit now.
     void closeRequested();
     void preferencesRequested();
+    void mountDiskImageRequested();
+    void addFavouriteFolderRequested();
+    void draggingEntered();
+    void draggingExited();
+    void performDragOperation(const QString &fileName);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
-    QTreeView *m_sidebar;
-    QStandardItemModel *m_sidebarModel;
+    QWidget *createSidebarPane();
+    QWidget *createMountArea();
+    void createMenus();
+    void mouseDidEnter();
+    void mouseDidExit();
+    void fadeMountArea(qreal labelOpacity, qreal offersOpacity);
+    // Whether a drag with these file names may be dropped on the window.
+    static bool acceptsDroppedFiles(const QStringList &fileNames);
+
+    KVSidebarModel *m_sidebarModel;
+    KVOutlineView *m_sidebar;
     QLabel *m_detail;
     QMenu *m_addToFavouritesMenu;
+    KVHoverArea *m_outerMountArea = nullptr;
+    KVMountAreaView *m_innerMountArea = nullptr;
+    QLabel *m_mountVolumeLabel = nullptr;
+    std::array<QGraphicsOpacityEffect *, 3> m_mountAreaOpacity{};
+    QParallelAnimationGroup *m_mountAreaFade;
 };

@@ -1,0 +1,142 @@
+#include "KVFavouriteMountViewsController.h"
+
+#include "KVAlert.h"
+#include "KVFavouriteItem.h"
+#include "KVMountSheet.h"
+#include "KVPreferencesController.h"
+#include "KVAppDelegate.h"
+#include "diskimage/KVDiskImage.h"
+#include "platform/KVMainQueue.h"
+#include "platform/KVSystemLog.h"
+
+#include "ui_FavouriteMountViews.h"
+
+KVFavouriteMountViewsController::KVFavouriteMountViewsController(KVDiskImage *di, QWidget *window, QObject *parent)
+    : QObject(parent)
+    , m_di(di)
+    , m_window(new KVMountSheet(window))
+    , m_ui(std::make_unique<Ui::FavouriteMountViews>())
+{
+    m_ui->setupUi(m_window);
+    m_window->setParts(m_ui->passwordField, m_ui->mountFavouriteErrorNotification, m_ui->mountFavouriteMountButton,
+                       m_ui->mountFavouriteCancelButton);
+    connect(m_window, &KVMountSheet::buttonClicked, this, &KVFavouriteMountViewsController::mountFavouriteButtons);
+}
+
+KVFavouriteMountViewsController::~KVFavouriteMountViewsController() = default;
+
+KVDiskImage *KVFavouriteMountViewsController::di() const
+{
+    return m_di;
+}
+
+void KVFavouriteMountViewsController::setDi(KVDiskImage *di)
+{
+    m_di = di;
+}
+
+void KVFavouriteMountViewsController::showError(const KVAppError &error)
+{
+    KVSystemLog::write(QStringLiteral("Error: %1").arg(error.debugDescription()));
+    KVAlert::showError(m_window->parentWidget(), error);
+}
+
+void KVFavouriteMountViewsController::setFavouriteItemToMount(const KVFavouriteItemPtr &item)
+{
+    const std::variant<QString, KVAppError> location = item->locationURL();
+    if (const auto *error = std::get_if<KVAppError>(&location)) {
+        showError(*error);
+        reset();
+        return;
+    }
+    m_favouriteItemToMount = item;
+    m_ui->heading->setText(tr("Enter Password for %1").arg(item->name()));
+}
+
+void KVFavouriteMountViewsController::mountFavouriteButtons(const QString &identifier)
+{
+    if (identifier == u"mount") {
+        mount();
+    } else if (identifier == u"cancel" || identifier == u"exit") {
+        m_window->endSheet(KVAppDelegate::SheetCancelled);
+        reset();
+    }
+}
+
+QUrl KVFavouriteMountViewsController::mountRoot(const QString &mountPoint)
+{
+    QString path = mountPoint;
+    while (path.size() > 1 && path.endsWith(u'/'))
+        path.chop(1);
+    const qsizetype slash = path.lastIndexOf(u'/');
+    if (slash < 0)
+        return QUrl();
+    return QUrl::fromLocalFile(path.left(slash + 1));
+}
+
+void KVFavouriteMountViewsController::mount()
+{
+    disableButtons();
+    if (!m_favouriteItemToMount || !m_di) {
+        m_window->endSheet(KVAppDelegate::SheetCancelled);
+        reset();
+        return;
+    }
+    const std::variant<QString, KVAppError> location = m_favouriteItemToMount->locationURL();
+    if (const auto *error = std::get_if<KVAppError>(&location)) {
+        showError(*error);
+        m_window->endSheet(KVAppDelegate::SheetCancelled);
+        reset();
+        return;
+    }
+    QUrl root;
+    if (m_favouriteItemToMount->mountPoint().isEmpty())
+        KVSystemLog::write(QStringLiteral("No mount point information in favorite item"));
+    else
+        root = mountRoot(m_favouriteItemToMount->mountPoint());
+
+    m_di->mountDiskImage(std::get<QString>(location), m_window->password(), m_favouriteItemToMount->readOnly(), root,
+                         KVPreferencesController::prefOpenFinderAfterMount(),
+                         [self = QPointer(this)](const KVOptionalError &error) {
+                             KVMainQueue::post([self, error] {
+                                 if (self)
+                                     self->mountDidEnd(error);
+                             });
+                         });
+}
+
+void KVFavouriteMountViewsController::mountDidEnd(const KVOptionalError &error)
+{
+    if (error && KVMountSheet::showsInSheet(*error)) {
+        m_window->showErrorNotification(error->localizedFailureReason());
+        enableButtons();
+        return;
+    }
+    if (error)
+        showError(*error);
+    m_window->endSheet(error ? KVAppDelegate::SheetCancelled : KVAppDelegate::SheetSucceeded);
+    reset();
+}
+
+void KVFavouriteMountViewsController::reset()
+{
+    cleanPasswords();
+    enableButtons();
+    m_window->hideErrorNotification();
+    m_window->focusPassword();
+}
+
+void KVFavouriteMountViewsController::cleanPasswords()
+{
+    m_window->cleanPasswords();
+}
+
+void KVFavouriteMountViewsController::disableButtons()
+{
+    m_window->disableButtons();
+}
+
+void KVFavouriteMountViewsController::enableButtons()
+{
+    m_window->enableButtons();
+}

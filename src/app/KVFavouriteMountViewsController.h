@@ -1,0 +1,57 @@
+#pragma once
+
+#include "KVFavouriteFolder.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+#include <memory>
+
+class KVDiskImage;
+class KVMountSheet;
+namespace Ui {
+class FavouriteMountViews;
+}
+
+// Mounts a favourite: asks for its password in a sheet of the main window
+// and attaches the image it refers to, under the folder where its volume was
+// mounted when it was added, read-only if it was then.
+class KVFavouriteMountViewsController : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The sheet is made at once, window-modal on `window`.
+    KVFavouriteMountViewsController(KVDiskImage *di, QWidget *window, QObject *parent = nullptr);
+    ~KVFavouriteMountViewsController() override;
+
+    KVDiskImage *di() const;
+    void setDi(KVDiskImage *di);
+
+    const KVFavouriteItemPtr &favouriteItemToMount() const { return m_favouriteItemToMount; }
+    // Takes the favourite when its image file can be found; otherwise shows
+    // why not and keeps the one it had.
+    void setFavouriteItemToMount(const KVFavouriteItemPtr &item);
+
+    KVMountSheet *mountFavouriteWindow() const { return m_window; }
+    void mountFavouriteButtons(const QString &identifier);
+    void reset();
+    void cleanPasswords();
+    void disableButtons();
+    void enableButtons();
+
+    // The folder that held the favourite's volume, as a directory URL; empty
+    // when the favourite does not know where it was mounted.
+    static QUrl mountRoot(const QString &mountPoint);
+
+private:
+    void mount();
+    void mountDidEnd(const KVOptionalError &error);
+    void showError(const KVAppError &error);
+
+    QPointer<KVDiskImage> m_di;
+    KVFavouriteItemPtr m_favouriteItemToMount;
+    KVMountSheet *m_window;
+    std::unique_ptr<Ui::FavouriteMountViews> m_ui;
+};
