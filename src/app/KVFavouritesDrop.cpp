@@ -78,8 +78,7 @@ bool KVFavouritesDrop::acceptItemDrop(QList<KVFavouriteFolderPtr> &favourites, c
     return true;
 }
 
-bool KVFavouritesDrop::acceptFolderDrop(QList<KVFavouriteFolderPtr> &favourites, const QMimeData &data,
-                                        int childIndex)
+bool KVFavouritesDrop::acceptFolderDrop(QList<KVFavouriteFolderPtr> &favourites, const QMimeData &data, int childIndex)
 {
     const KVFavouriteFolderPtr dragged = KVFavouritesArchive::unarchiveFolder(data.data(FolderFormat));
     if (!dragged || childIndex < -1)

@@ -163,12 +163,13 @@ QWidget *KVMainWindow::createMountArea()
     auto *openButton = new QPushButton(tr("Open Disk Image…"));
     openButton->setObjectName(QStringLiteral("mountDiskImageButton"));
     openButton->setCursor(Qt::PointingHandCursor);
-    openButton->setStyleSheet(QStringLiteral(
-        "QPushButton { color: %1; background: rgba(255,255,255,22); border: 1px solid rgba(255,255,255,40);"
-        " border-radius: 5px; padding: 3px 12px; }"
-        "QPushButton:hover { background: rgba(255,255,255,36); }"
-        "QPushButton:pressed { background: rgba(255,255,255,14); }")
-                                  .arg(KVColors::kvWhiteText().name()));
+    openButton->setStyleSheet(
+        QStringLiteral(
+            "QPushButton { color: %1; background: rgba(255,255,255,22); border: 1px solid rgba(255,255,255,40);"
+            " border-radius: 5px; padding: 3px 12px; }"
+            "QPushButton:hover { background: rgba(255,255,255,36); }"
+            "QPushButton:pressed { background: rgba(255,255,255,14); }")
+            .arg(KVColors::kvWhiteText().name()));
     connect(openButton, &QPushButton::clicked, this, &KVMainWindow::mountDiskImageRequested);
 
     auto *caption = new QLabel(tr("sparseimage, sparsebundle or dmg"));
@@ -226,7 +227,8 @@ void KVMainWindow::mouseDidExit()
 void KVMainWindow::fadeMountArea(qreal labelOpacity, qreal offersOpacity)
 {
     const double multiplier = KVUserDefaults::standard().doubleForKey(KVAnimationDurationMultiplierKey);
-    const double duration = std::isfinite(multiplier) ? std::clamp(MountAreaFadeMs * multiplier, 0.0, LongestFadeMs) : 0.0;
+    const double duration =
+        std::isfinite(multiplier) ? std::clamp(MountAreaFadeMs * multiplier, 0.0, LongestFadeMs) : 0.0;
     m_mountAreaFade->stop();
     m_mountAreaFade->clear();
     for (size_t part = 0; part < m_mountAreaOpacity.size(); ++part) {

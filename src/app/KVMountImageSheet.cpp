@@ -21,8 +21,8 @@ void KVMountImageSheet::setImagePath(const QString &path)
     const QFileInfo image(path);
     m_ui->heading->setText(tr("Enter Password for %1").arg(image.completeBaseName()));
     const QString location = QDir::toNativeSeparators(image.absoluteFilePath());
-    m_ui->imagePathLabel->setText(
-        m_ui->imagePathLabel->fontMetrics().elidedText(location, Qt::ElideMiddle, m_ui->mountImagePassword->minimumWidth()));
+    m_ui->imagePathLabel->setText(m_ui->imagePathLabel->fontMetrics().elidedText(
+        location, Qt::ElideMiddle, m_ui->mountImagePassword->minimumWidth()));
     m_ui->imagePathLabel->setToolTip(location);
 }
 

@@ -47,12 +47,13 @@ KVMountedCellView::KVMountedCellView(const KVVolumeItem &volume)
 bool KVMountedCellView::hasUnmountButton(const KVVolumeItem &volume)
 {
     return volume.type() == KVVolumeItem::DiskImageType
-        || (volume.type() == KVVolumeItem::DiskType && !volume.isSystemPartition());
+           || (volume.type() == KVVolumeItem::DiskType && !volume.isSystemPartition());
 }
 
 QString KVMountedCellView::createSizeInfoFromVolumeItem(const KVVolumeItem &volume)
 {
-    return tr("%1 of %2 used").arg(wholeUnits(byteCount(volume.usedSpace())), wholeUnits(byteCount(volume.totalSize())));
+    return tr("%1 of %2 used")
+        .arg(wholeUnits(byteCount(volume.usedSpace())), wholeUnits(byteCount(volume.totalSize())));
 }
 
 KVMountedCellView::Layout KVMountedCellView::layout(const QRect &row)
@@ -123,7 +124,8 @@ void KVMountedCellView::paint(QPainter *painter, const QRect &row, const QFont &
         }
         const QRect icon(parts.unmountButton.center() - QPoint(6, 6), QSize(13, 13));
         KVSidebarStyle::paintArtwork(painter, QStringLiteral("UnmountIcon"), icon,
-                                state.unmountButtonHovered ? KVColors::kvWhiteText() : KVColors::kvLightGreyText());
+                                     state.unmountButtonHovered ? KVColors::kvWhiteText()
+                                                                : KVColors::kvLightGreyText());
     }
     painter->restore();
 }

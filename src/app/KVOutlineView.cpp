@@ -109,10 +109,9 @@ bool KVOutlineView::isFoldedAway(const QModelIndex &index) const
     if (model->isSection(index))
         return m_foldedSections.contains(index.data().toString());
     const KVFavouriteFolderPtr folder = model->folder(index);
-    return std::any_of(m_foldedFolders.begin(), m_foldedFolders.end(),
-                       [&folder](const std::weak_ptr<KVFavouriteFolder> &remembered) {
-                           return sameFolder(remembered, folder);
-                       });
+    return std::any_of(
+        m_foldedFolders.begin(), m_foldedFolders.end(),
+        [&folder](const std::weak_ptr<KVFavouriteFolder> &remembered) { return sameFolder(remembered, folder); });
 }
 
 void KVOutlineView::restoreExpansion()
@@ -313,7 +312,7 @@ void KVOutlineView::setRemoveButtonHighlighted(bool highlighted)
 bool KVOutlineView::isOverRemoveButton(const QPoint &point, const QMimeData *data) const
 {
     return m_interaction.removeButtonShown && carriesFavourite(data)
-        && partRect(sidebarModel()->favouriteMenuIndex(), Part::RemoveButton).contains(point);
+           && partRect(sidebarModel()->favouriteMenuIndex(), Part::RemoveButton).contains(point);
 }
 
 void KVOutlineView::dragMoveEvent(QDragMoveEvent *event)

@@ -114,8 +114,8 @@ KVSidebarItemDelegate::Part KVSidebarItemDelegate::partAt(const KVSidebarModel &
 {
     if (!index.isValid() || !row.contains(point))
         return Part::None;
-    for (const Part part : {Part::UnmountButton, Part::RenamePen, Part::AddFolderButton, Part::RemoveButton,
-                            Part::Disclosure}) {
+    for (const Part part :
+         {Part::UnmountButton, Part::RenamePen, Part::AddFolderButton, Part::RemoveButton, Part::Disclosure}) {
         if (partRect(model, index, row, part).contains(point))
             return part;
     }
@@ -131,7 +131,8 @@ bool KVSidebarItemDelegate::isHovered(const QModelIndex &index, const KVSidebarM
 QSize KVSidebarItemDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     const KVSidebarModel *model = sidebarModel(index);
-    return QSize(option.rect.width(), model ? KVSidebarModel::rowHeight(model->node(index)) : KVSidebarModel::RowHeight);
+    return QSize(option.rect.width(),
+                 model ? KVSidebarModel::rowHeight(model->node(index)) : KVSidebarModel::RowHeight);
 }
 
 void KVSidebarItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -186,8 +187,8 @@ void KVSidebarItemDelegate::paintFolder(QPainter *painter, const QStyleOptionVie
     if (model.rowCount(index) > 0)
         drawDisclosure(painter, QRect(row.left() + 8, centre - 5, 10, 10), option.state & QStyle::State_Open,
                        KVColors::kvLightGreyText());
-    KVSidebarStyle::paintArtwork(painter, QStringLiteral("FavouriteFolderIcon"), QRect(row.left() + 24, centre - 8, 16, 16),
-                            KVColors::kvLightGreyText());
+    KVSidebarStyle::paintArtwork(painter, QStringLiteral("FavouriteFolderIcon"),
+                                 QRect(row.left() + 24, centre - 8, 16, 16), KVColors::kvLightGreyText());
     const QRect pen = partRect(model, index, row, Part::RenamePen);
     painter->setFont(option.font);
     painter->setPen(KVColors::kvWhiteText());
@@ -195,7 +196,7 @@ void KVSidebarItemDelegate::paintFolder(QPainter *painter, const QStyleOptionVie
     if (m_interaction->hovered == index) {
         const bool onPen = isHovered(index, model, row, Part::RenamePen);
         KVSidebarStyle::paintArtwork(painter, QStringLiteral("RenamePenIcon"), pen.adjusted(3, 3, -3, -3),
-                                onPen ? KVColors::kvWhiteText() : KVColors::kvLightGreyText());
+                                     onPen ? KVColors::kvWhiteText() : KVColors::kvLightGreyText());
     }
     painter->restore();
 }
@@ -210,7 +211,8 @@ void KVSidebarItemDelegate::paintFavouriteItem(QPainter *painter, const QStyleOp
         painter->fillRect(row, QColor(255, 255, 255, 22));
     else if (m_interaction->hovered == index)
         painter->fillRect(row, QColor(255, 255, 255, 10));
-    KVSidebarStyle::paintArtwork(painter, QStringLiteral("FavouriteDiskImageIcon"), QRect(row.left() + 47, centre - 8, 16, 16));
+    KVSidebarStyle::paintArtwork(painter, QStringLiteral("FavouriteDiskImageIcon"),
+                                 QRect(row.left() + 47, centre - 8, 16, 16));
     painter->setFont(option.font);
     painter->setPen(KVColors::kvWhiteText());
     drawElided(painter, nameRect(row, row.left() + 70, row.right() - 10), index.data().toString(), Qt::ElideMiddle);
@@ -229,21 +231,22 @@ void KVSidebarItemDelegate::paintFavouriteMenu(QPainter *painter, const QStyleOp
     const QRect add = partRect(model, index, row, Part::AddFolderButton);
     const bool addHovered = isHovered(index, model, row, Part::AddFolderButton);
     const QColor addColour = addHovered ? KVColors::kvWhiteText() : KVColors::kvLightGreyText();
-    KVSidebarStyle::paintArtwork(painter, QStringLiteral("AddFolderIcon"), QRect(add.left() + 16, middle(add) - 5, 11, 11),
-                            addColour);
+    KVSidebarStyle::paintArtwork(painter, QStringLiteral("AddFolderIcon"),
+                                 QRect(add.left() + 16, middle(add) - 5, 11, 11), addColour);
     painter->setPen(addColour);
     drawElided(painter, add.adjusted(39, 0, 0, 0), index.data().toString(), Qt::ElideRight);
 
     if (m_interaction->removeButtonShown) {
         const QRect remove = partRect(model, index, row, Part::RemoveButton);
         const bool armed = m_interaction->removeButtonHighlighted;
-        painter->setPen(armed ? QPen(QColor(0xe0, 0x5a, 0x4e), 1.0) : QPen(KVColors::kvLightGreyText(), 1.0, Qt::DashLine));
+        painter->setPen(armed ? QPen(QColor(0xe0, 0x5a, 0x4e), 1.0)
+                              : QPen(KVColors::kvLightGreyText(), 1.0, Qt::DashLine));
         painter->setBrush(armed ? QColor(0xc0, 0x3b, 0x2f) : QColor(255, 255, 255, 10));
         painter->drawRoundedRect(QRectF(remove).adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
         const QColor content = armed ? QColor(Qt::white) : KVColors::kvWhiteText();
-        KVSidebarStyle::paintArtwork(painter,
-                                armed ? QStringLiteral("RemoveFavouriteActiveIcon") : QStringLiteral("RemoveFavouriteIcon"),
-                                QRect(remove.left() + 9, middle(remove) - 7, 14, 14), content);
+        KVSidebarStyle::paintArtwork(
+            painter, armed ? QStringLiteral("RemoveFavouriteActiveIcon") : QStringLiteral("RemoveFavouriteIcon"),
+            QRect(remove.left() + 9, middle(remove) - 7, 14, 14), content);
         painter->setPen(content);
         drawElided(painter, remove.adjusted(29, 0, -6, 0), tr("Remove"), Qt::ElideRight);
     }
@@ -257,7 +260,7 @@ void KVSidebarItemDelegate::paintPlaceholder(QPainter *painter, const QStyleOpti
     painter->save();
     painter->setOpacity(0.3);
     KVSidebarStyle::paintArtwork(painter, QStringLiteral("DiskImageMountedIcon"),
-                            QRect(row.center().x() - 18, row.top() + 24, 36, 36));
+                                 QRect(row.center().x() - 18, row.top() + 24, 36, 36));
     painter->setOpacity(1.0);
     painter->setFont(KVSidebarStyle::font(option.font, 1.0, QFont::DemiBold));
     painter->setPen(KVColors::kvLightGreyText());
@@ -266,8 +269,7 @@ void KVSidebarItemDelegate::paintPlaceholder(QPainter *painter, const QStyleOpti
     painter->setFont(KVSidebarStyle::font(option.font, 0.85));
     painter->setPen(KVColors::kvLightGreyText().darker(125));
     painter->drawText(QRect(row.left() + 16, row.top() + 90, row.width() - 32, 36),
-                      Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap,
-                      tr("Drop a disk image below to mount it."));
+                      Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, tr("Drop a disk image below to mount it."));
     painter->restore();
 }
 

@@ -13,7 +13,7 @@ class KVSidebarModel;
 struct KVSidebarInteraction
 {
     QPersistentModelIndex hovered;
-    QPoint hoverPoint;                    // in viewport coordinates
+    QPoint hoverPoint; // in viewport coordinates
     QPersistentModelIndex pressed;
     bool removeButtonShown = false;       // while a favourite is dragged
     bool removeButtonHighlighted = false; // while it is over the remove button

@@ -110,9 +110,9 @@ private:
     struct Entry
     {
         Node node;
-        int parent = -1;       // entry of the parent; -1 under the root
-        int row = 0;           // row under the parent
-        int firstChild = 0;    // children are contiguous entries
+        int parent = -1;    // entry of the parent; -1 under the root
+        int row = 0;        // row under the parent
+        int firstChild = 0; // children are contiguous entries
         int childCount = 0;
         bool drawnSelected = false;
     };

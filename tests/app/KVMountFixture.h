@@ -59,8 +59,7 @@ inline QVariantMap imageEntry(int disk, const QString &mountPoint)
                                       {QStringLiteral("mount-point"), mountPoint}}}}};
 }
 
-inline QVariantMap diskutilInfo(int disk, const QString &mountPoint, qint64 total = 1000000000,
-                                qint64 free = 250000000)
+inline QVariantMap diskutilInfo(int disk, const QString &mountPoint, qint64 total = 1000000000, qint64 free = 250000000)
 {
     return {
         {QStringLiteral("VolumeName"), mountPoint.section(u'/', -1)},
@@ -101,9 +100,9 @@ inline KVVolumeItemPtr diskVolume(const QString &name, const QString &mountPoint
 inline void resetUserDefaults()
 {
     KVUserDefaults &defaults = KVUserDefaults::standard();
-    for (const QString &key : {KVFavouritesKey, KVUnreadableFavouritesKey, KVAutoUnmountVolumesKey,
-                               KVForceAutoUnmountKey, KVForceUnmountKey, KVSaveOpenRecentKey,
-                               KVOpenFinderAfterMountKey, KVAnimationDurationMultiplierKey})
+    for (const QString &key :
+         {KVFavouritesKey, KVUnreadableFavouritesKey, KVAutoUnmountVolumesKey, KVForceAutoUnmountKey, KVForceUnmountKey,
+          KVSaveOpenRecentKey, KVOpenFinderAfterMountKey, KVAnimationDurationMultiplierKey})
         defaults.removeObject(key);
 }
 
@@ -134,7 +133,8 @@ public:
         hdiutil.setScript(HdiutilScript);
         diskutil.setScript(DiskutilScript);
         for (const char *fixture : {"attach-success.txt", "attach-wrong-password.txt"})
-            hdiutil.addFile(QString::fromLatin1(fixture), KVToolDouble::readFixture(QStringLiteral("hdiutil/") + QString::fromLatin1(fixture)));
+            hdiutil.addFile(QString::fromLatin1(fixture),
+                            KVToolDouble::readFixture(QStringLiteral("hdiutil/") + QString::fromLatin1(fixture)));
         hdiutil.addFile(QStringLiteral("attach-invalid-mount-root.txt"),
                         KVToolDouble::readFixture(QStringLiteral("hdiutil/attach-no-mountable-file-systems.txt")));
         recentFile = recentDir.filePath(QStringLiteral("recently-used.xbel"));

@@ -64,14 +64,17 @@ private Q_SLOTS:
         QTest::addColumn<int>("target");
         QTest::addColumn<int>("childIndex");
         QTest::addColumn<QStringList>("after");
-        QTest::newRow("onto another folder's row") << QStringList{"Hab", "Wc"} << 0 << 1 << 1 << -1 << QStringList{"Ha", "Wbc"};
-        QTest::newRow("into another folder") << QStringList{"Hab", "Wcd"} << 0 << 0 << 1 << 1 << QStringList{"Hb", "Wcad"};
+        QTest::newRow("onto another folder's row")
+            << QStringList{"Hab", "Wc"} << 0 << 1 << 1 << -1 << QStringList{"Ha", "Wbc"};
+        QTest::newRow("into another folder")
+            << QStringList{"Hab", "Wcd"} << 0 << 0 << 1 << 1 << QStringList{"Hb", "Wcad"};
         QTest::newRow("later in its folder") << QStringList{"Habc"} << 0 << 0 << 0 << 2 << QStringList{"Hbac"};
         QTest::newRow("earlier in its folder") << QStringList{"Habc"} << 0 << 2 << 0 << 0 << QStringList{"Hcab"};
         QTest::newRow("to the end") << QStringList{"Habc"} << 0 << 0 << 0 << 3 << QStringList{"Hbca"};
         // Onto its own folder's row: the entry before it goes, and it stands twice.
         QTest::newRow("onto its own folder's row") << QStringList{"Habc"} << 0 << 2 << 0 << -1 << QStringList{"Hcac"};
-        QTest::newRow("first onto its own folder's row") << QStringList{"Habc"} << 0 << 0 << 0 << -1 << QStringList{"Habc"};
+        QTest::newRow("first onto its own folder's row")
+            << QStringList{"Habc"} << 0 << 0 << 0 << -1 << QStringList{"Habc"};
     }
 
     void itemMoves()

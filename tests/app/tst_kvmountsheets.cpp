@@ -121,7 +121,8 @@ class TestKVMountSheets : public QObject
         KVFavouriteItemPtr item = KVFavouriteItem::create(name, folder);
         item->setType(KVVolumeItem::DiskImageType);
         item->setMountPoint(mountPoint);
-        item->setLocation(std::get<QByteArray>(KVFavouriteItem::bookmarkForURL(imageFile(name + QStringLiteral(".sparseimage")))));
+        item->setLocation(
+            std::get<QByteArray>(KVFavouriteItem::bookmarkForURL(imageFile(name + QStringLiteral(".sparseimage")))));
         folder->content().append(item);
         return item;
     }
@@ -143,7 +144,8 @@ private Q_SLOTS:
         QTest::newRow("one sparse image") << QStringList{"/home/someone/Secrets.sparseimage"} << true;
         QTest::newRow("spaces and accents") << QStringList{"/home/someone/My Sécrets 2026.sparseimage"} << true;
         QTest::newRow("leading dash") << QStringList{"/home/someone/-rf.sparseimage"} << true;
-        QTest::newRow("two images") << QStringList{"/home/someone/a.sparseimage", "/home/someone/b.sparseimage"} << false;
+        QTest::newRow("two images") << QStringList{"/home/someone/a.sparseimage", "/home/someone/b.sparseimage"}
+                                    << false;
         QTest::newRow("dmg") << QStringList{"/home/someone/Secrets.dmg"} << false;
         QTest::newRow("sparse bundle") << QStringList{"/home/someone/Secrets.sparsebundle"} << false;
         QTest::newRow("other case") << QStringList{"/home/someone/Secrets.SPARSEIMAGE"} << false;
@@ -190,7 +192,8 @@ private Q_SLOTS:
         QVERIFY(dropsOn(controller.window(), *data));
         QVERIFY(controller.sheet()->isVisible());
         QSignalSpy ended(controller.sheet(), &QDialog::finished);
-        mountWithPassword(controller.sheet(), "mountImagePassword", "mountImageMountButton", QStringLiteral("correct horse"));
+        mountWithPassword(controller.sheet(), "mountImagePassword", "mountImageMountButton",
+                          QStringLiteral("correct horse"));
         QTRY_COMPARE(ended.count(), 1);
         QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
         QVERIFY(!controller.sheet()->isVisible());
@@ -273,12 +276,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("folder");
         const QString home = QDir::homePath();
-        QTest::newRow("empty") << "" << "";
-        QTest::newRow("blank") << "  " << "";
+        QTest::newRow("empty") << QStringLiteral("") << QStringLiteral("");
+        QTest::newRow("blank") << QStringLiteral("  ") << QStringLiteral("");
         QTest::newRow("home") << "~" << QString(home + QStringLiteral("/"));
         QTest::newRow("under home") << "~/Volumes" << QString(home + QStringLiteral("/Volumes/"));
         QTest::newRow("relative") << "Volumes/Private/" << QString(home + QStringLiteral("/Volumes/Private/"));
-        QTest::newRow("absolute with slash") << "/media/someone/" << "/media/someone/";
+        QTest::newRow("absolute with slash") << QStringLiteral("/media/someone/") << QStringLiteral("/media/someone/");
         QTest::newRow("other user") << "~other/x" << QString(home + QStringLiteral("/~other/x/"));
     }
 
@@ -294,14 +297,16 @@ private Q_SLOTS:
     {
         Launched controller;
         QVERIFY(controller.exposed);
-        controller.hdiutil.addFile(QStringLiteral("attach-failure.txt"),
-                                   KVToolDouble::readFixture(QStringLiteral("hdiutil/attach-temporarily-unavailable.txt")));
+        controller.hdiutil.addFile(
+            QStringLiteral("attach-failure.txt"),
+            KVToolDouble::readFixture(QStringLiteral("hdiutil/attach-temporarily-unavailable.txt")));
         controller.delegate->openFile(QStringLiteral("/home/someone/Secrets.sparseimage"));
         QSignalSpy ended(controller.sheet(), &QDialog::finished);
         mountWithPassword(controller.sheet(), "mountImagePassword", "mountImageMountButton", QStringLiteral("secret"));
         QTRY_VERIFY(openAlert());
         QCOMPARE(openAlert()->text(), QStringLiteral("Mounting Disk Image failed"));
-        QCOMPARE(openAlert()->informativeText(), QStringLiteral("hdiutil: attach failed - Resource temporarily unavailable"));
+        QCOMPARE(openAlert()->informativeText(),
+                 QStringLiteral("hdiutil: attach failed - Resource temporarily unavailable"));
         QTRY_COMPARE(ended.count(), 1);
         QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
     }
@@ -354,8 +359,9 @@ private Q_SLOTS:
         else
             mountWithPassword(controller.sheet(), "mountImagePassword", "mountImageMountButton", QStringLiteral("pw"));
         QTRY_COMPARE(ended.count(), 1);
-        QCOMPARE(recentDocuments(controller.recentFile).contains(QString::fromUtf8(QUrl::fromLocalFile(image).toEncoded())),
-                 saveRecent);
+        QCOMPARE(
+            recentDocuments(controller.recentFile).contains(QString::fromUtf8(QUrl::fromLocalFile(image).toEncoded())),
+            saveRecent);
     }
 
     void openPanelLeadsToTheSheet()
@@ -388,7 +394,8 @@ private Q_SLOTS:
         QVERIFY(controller.exposed);
         KVOutlineView *outline = controller.window()->sidebar();
         const KVSidebarModel *model = controller.window()->sidebarModel();
-        const QModelIndex photos = model->index(0, 0, model->index(0, 0, model->sectionIndex(KVSidebarModel::FavoritesSection)));
+        const QModelIndex photos =
+            model->index(0, 0, model->index(0, 0, model->sectionIndex(KVSidebarModel::FavoritesSection)));
         QTest::mouseClick(outline->viewport(), Qt::LeftButton, Qt::NoModifier, outline->rowRect(photos).center());
 
         KVFavouriteMountViewsController *favourites = controller.delegate->favouriteMountViewsController();
@@ -408,9 +415,10 @@ private Q_SLOTS:
         QTRY_COMPARE(ended.count(), 1);
         QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
         const QList<int> attaches = controller.runs(QStringLiteral("attach"));
-        QCOMPARE(controller.hdiutil.arguments(attaches.last()),
-                 (QStringList{"attach", "-verbose", "-stdinpass", "-puppetstrings", m_files.filePath(QStringLiteral("Photos.sparseimage")),
-                              "-readonly", "-mountroot", mounts}));
+        QCOMPARE(
+            controller.hdiutil.arguments(attaches.last()),
+            (QStringList{"attach", "-verbose", "-stdinpass", "-puppetstrings",
+                         m_files.filePath(QStringLiteral("Photos.sparseimage")), "-readonly", "-mountroot", mounts}));
         QCOMPARE(controller.hdiutil.standardInput(attaches.last()), QByteArray("secret"));
         QVERIFY(part<KVPasswordFieldView>(sheet, "passwordField")->text().isEmpty());
     }
@@ -418,8 +426,10 @@ private Q_SLOTS:
     void favouriteWhoseFileIsGone()
     {
         const KVFavouriteFolderPtr home = KVFavouriteFolder::create(QStringLiteral("Home"));
-        const KVFavouriteItemPtr kept = favouriteOf(QStringLiteral("Kept"), home, QStringLiteral("/media/someone/Kept"));
-        const KVFavouriteItemPtr gone = favouriteOf(QStringLiteral("Gone"), home, QStringLiteral("/media/someone/Gone"));
+        const KVFavouriteItemPtr kept =
+            favouriteOf(QStringLiteral("Kept"), home, QStringLiteral("/media/someone/Kept"));
+        const KVFavouriteItemPtr gone =
+            favouriteOf(QStringLiteral("Gone"), home, QStringLiteral("/media/someone/Gone"));
         const KVFavouriteItemPtr broken = KVFavouriteItem::create(QStringLiteral("Broken"), home);
         broken->setType(KVVolumeItem::DiskImageType);
         broken->setLocation(QByteArray("not a bookmark"));
@@ -463,11 +473,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("mountPoint");
         QTest::addColumn<QString>("folder");
-        QTest::newRow("usual") << "/media/someone/Secrets" << "/media/someone/";
-        QTest::newRow("trailing slash") << "/media/someone/Secrets/" << "/media/someone/";
-        QTest::newRow("at the top") << "/Secrets" << "/";
-        QTest::newRow("no folder") << "Secrets" << "";
-        QTest::newRow("none") << "" << "";
+        QTest::newRow("usual") << QStringLiteral("/media/someone/Secrets") << QStringLiteral("/media/someone/");
+        QTest::newRow("trailing slash") << QStringLiteral("/media/someone/Secrets/")
+                                        << QStringLiteral("/media/someone/");
+        QTest::newRow("at the top") << QStringLiteral("/Secrets") << QStringLiteral("/");
+        QTest::newRow("no folder") << QStringLiteral("Secrets") << QStringLiteral("");
+        QTest::newRow("none") << QStringLiteral("") << QStringLiteral("");
     }
 
     void favouriteMountFolder()

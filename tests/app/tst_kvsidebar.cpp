@@ -190,8 +190,8 @@ private Q_SLOTS:
         QVERIFY(!imageRow.encryptionProgress());
 
         // A disk being converted shows a thin bar in place of its size.
-        const KVVolumeItemPtr disk = diskVolume(QStringLiteral("Backup"), QStringLiteral("/media/someone/Backup"),
-                                                2000000000000, 500000000000);
+        const KVVolumeItemPtr disk =
+            diskVolume(QStringLiteral("Backup"), QStringLiteral("/media/someone/Backup"), 2000000000000, 500000000000);
         QCOMPARE(KVMountedCellView(*disk).size(), QStringLiteral("1 TB of 2 TB used"));
         disk->setConverting(true);
         disk->setConversionProgress(42);
@@ -290,7 +290,8 @@ private Q_SLOTS:
         QVERIFY(controller.exposed);
         const QScopedPointer<QMimeData> taxReturns(controller.model()->mimeData({controller.item(0, 0)}));
         QVERIFY(taxReturns->hasFormat(QStringLiteral("kvFavourites")));
-        QVERIFY(dragTo(controller.outline(), *taxReturns, controller.outline()->rowRect(controller.folder(1)).center()));
+        QVERIFY(
+            dragTo(controller.outline(), *taxReturns, controller.outline()->rowRect(controller.folder(1)).center()));
         QCOMPARE(savedFavourites(), (QStringList{"Home: Family Photos", "Work: Tax Returns, Clients"}));
         QCOMPARE(names(*controller.model(), controller.folder(1)), (QStringList{"Tax Returns", "Clients"}));
         QCOMPARE(controller.delegate->favourites().at(1)->content().first()->parent(),
@@ -345,8 +346,9 @@ private Q_SLOTS:
         });
         const QPoint start = outline->rowRect(controller.item(1, 0)).center();
         QTest::mousePress(outline->viewport(), Qt::LeftButton, Qt::NoModifier, start);
-        QMouseEvent drag(QEvent::MouseMove, start + QPoint(30, 0), outline->viewport()->mapToGlobal(start + QPoint(30, 0)),
-                         Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent drag(QEvent::MouseMove, start + QPoint(30, 0),
+                         outline->viewport()->mapToGlobal(start + QPoint(30, 0)), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
         QApplication::sendEvent(outline->viewport(), &drag);
         QVERIFY(shownDuringDrag);
         QVERIFY(highlightedOver);
@@ -434,23 +436,35 @@ private Q_SLOTS:
     {
         // As at the first start: the two folders every user begins with, nothing mounted.
         KVMainWindow window;
-        window.reloadSidebar({KVFavouriteFolder::create(QStringLiteral("Home")), KVFavouriteFolder::create(QStringLiteral("Work"))},
-                             {}, nullptr);
+        window.reloadSidebar(
+            {KVFavouriteFolder::create(QStringLiteral("Home")), KVFavouriteFolder::create(QStringLiteral("Work"))}, {},
+            nullptr);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         kvSaveScreenshot(&window, QStringLiteral("main-window-empty"));
 
-        const KVVolumeItemPtr converting = diskVolume(QStringLiteral("Backup Disk"),
-                                                      QStringLiteral("/media/someone/Backup Disk"), 2000000000000,
-                                                      1200000000000);
+        const KVVolumeItemPtr converting = diskVolume(
+            QStringLiteral("Backup Disk"), QStringLiteral("/media/someone/Backup Disk"), 2000000000000, 1200000000000);
         converting->setConverting(true);
         converting->setConversionProgress(42);
-        const KVVolumeItemPtr selected = imageVolume(4, QStringLiteral("/media/someone/Secret Stuff"), 104857600, 78643200);
+        const KVVolumeItemPtr selected =
+            imageVolume(4, QStringLiteral("/media/someone/Secret Stuff"), 104857600, 78643200);
         window.reloadSidebar(homeAndWork(),
-                             {selected, imageVolume(5, QStringLiteral("/media/someone/Archive"), 500000000000, 120000000000),
+                             {selected,
+                              imageVolume(5, QStringLiteral("/media/someone/Archive"), 500000000000, 120000000000),
                               converting},
                              selected);
         kvSaveScreenshot(&window, QStringLiteral("main-window-volumes"));
+
+        // Pointing at a folder shows its rename pen; at a volume's unmount button, the button.
+        KVOutlineView *outline = window.sidebar();
+        const KVSidebarModel *model = window.sidebarModel();
+        const QModelIndex work = model->index(1, 0, model->sectionIndex(KVSidebarModel::FavoritesSection));
+        QTest::mouseMove(outline->viewport(), outline->rowRect(work).center());
+        kvSaveScreenshot(outline, QStringLiteral("sidebar-folder-pointed-at"));
+        const QModelIndex archive = model->index(1, 0, model->sectionIndex(KVSidebarModel::MountedSection));
+        QTest::mouseMove(outline->viewport(), outline->partRect(archive, Part::UnmountButton).center());
+        kvSaveScreenshot(outline, QStringLiteral("sidebar-unmount-pointed-at"));
     }
 };
 
