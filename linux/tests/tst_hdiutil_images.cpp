@@ -240,7 +240,9 @@ void KVHdiutilImagesTest::secondCreateOnTheSamePathIsRefused()
         QVERIFY(again.has(QStringLiteral("create failed")));
     }
     QCOMPARE(checksum(image), before);
-    QCOMPARE(QDir(h->path(QString())).entryList(QDir::Files), QStringList{QStringLiteral("Once.sparseimage")});
+    // No half-made image under a temporary name either.
+    QCOMPARE(QDir(h->path(QString())).entryList({QStringLiteral("*Once*")}, QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("Once.sparseimage")});
 }
 
 void KVHdiutilImagesTest::busyVolumeDetachesOnlyWhenForced()

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QProcess>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <linux/loop.h>
@@ -63,14 +64,57 @@ QList<pid_t> processesUsing(const QString &root)
     return found;
 }
 
+// Everything below root that outlived its user: processes first (they hold
+// the rest), then mounts (deepest first), then loop devices.
+void removeEverythingUnder(const QString &root)
+{
+    for (pid_t pid : processesUsing(root))
+        kill(pid, SIGKILL);
+    QStringList mounts = mountPointsUnder(root);
+    std::sort(mounts.begin(), mounts.end(), [](const QString &a, const QString &b) { return a.size() > b.size(); });
+    for (const QString &mount : mounts)
+        umount2(QFile::encodeName(mount).constData(), MNT_DETACH);
+    for (const QString &device : loopDevicesUnder(root)) {
+        const int fd = open(QFile::encodeName(device).constData(), O_RDONLY | O_CLOEXEC);
+        if (fd >= 0) {
+            ioctl(fd, LOOP_CLR_FD, 0);
+            close(fd);
+        }
+    }
+}
+
+const QString ownerFile = QStringLiteral("owner.pid");
+
+// Work folders of test runs that were killed (by a timeout, say) before
+// they could clean up.
+void removeAbandonedWorkFolders()
+{
+    const QDir temp(QDir::tempPath());
+    for (const QString &name : temp.entryList({QStringLiteral("kvimg-*")}, QDir::Dirs)) {
+        const QString root = temp.filePath(name);
+        QFile owner(root + QLatin1Char('/') + ownerFile);
+        if (!owner.open(QIODevice::ReadOnly))
+            continue;
+        const pid_t pid = owner.readAll().trimmed().toInt();
+        if (pid > 0 && kill(pid, 0) != 0 && errno == ESRCH) {
+            removeEverythingUnder(root);
+            QDir(root).removeRecursively();
+        }
+    }
+}
+
 } // namespace
 
 KVImageToolHarness::KVImageToolHarness(uid_t user, gid_t group)
     : m_directory(QDir::tempPath() + QStringLiteral("/kvimg-XXXXXX")), m_user(user), m_group(group)
 {
+    removeAbandonedWorkFolders();
     if (!m_directory.isValid())
         return;
     m_root = QDir(m_directory.path()).canonicalPath();
+    QFile owner(path(ownerFile));
+    if (owner.open(QIODevice::WriteOnly))
+        owner.write(QByteArray::number(getpid()));
     m_valid = QDir().mkdir(runtimeDirectory()) && QDir().mkdir(mountRoot());
     QFile::setPermissions(runtimeDirectory(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     if (m_user != 0) {
@@ -132,7 +176,7 @@ KVImageToolHarness::Run KVImageToolHarness::run(const QString &tool, const QStri
         return result;
     process.write(input);
     process.closeWriteChannel();
-    process.waitForFinished(120000);
+    process.waitForFinished(60000);
     result.output = QString::fromUtf8(process.readAll());
     result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return result;
@@ -226,17 +270,5 @@ void KVImageToolHarness::cleanUp() const
         if (!entities.isEmpty())
             detach(entities.first().toMap().value(QStringLiteral("dev-entry")).toString(), true);
     }
-    for (pid_t pid : processesUsing(m_root))
-        kill(pid, SIGKILL);
-    QStringList mounts = mountPointsUnder(m_root);
-    std::sort(mounts.begin(), mounts.end(), [](const QString &a, const QString &b) { return a.size() > b.size(); });
-    for (const QString &mount : mounts)
-        umount2(QFile::encodeName(mount).constData(), MNT_DETACH);
-    for (const QString &device : loopDevicesUnder(m_root)) {
-        const int fd = open(QFile::encodeName(device).constData(), O_RDONLY | O_CLOEXEC);
-        if (fd >= 0) {
-            ioctl(fd, LOOP_CLR_FD, 0);
-            close(fd);
-        }
-    }
+    removeEverythingUnder(m_root);
 }
