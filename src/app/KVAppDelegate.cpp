@@ -54,9 +54,13 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
 
 KVAppDelegate::~KVAppDelegate()
 {
-    // The engines go first: no delegate call may reach a half-destroyed controller.
+    // Nothing may reach a half-destroyed controller: the engines stop
+    // reporting first, then the windows that send it their signals go.
     m_di.reset();
     m_disks.reset();
+    m_favouriteMountViewsController.reset();
+    m_preferencesController.reset();
+    m_mainWindow.reset();
 }
 
 QVariantMap KVAppDelegate::registeredDefaults()
