@@ -4,10 +4,13 @@
 #include "app/KVMainWindow.h"
 #include "app/KVPreferenceKeys.h"
 #include "app/KVPreferencesController.h"
+#include "disk/KVDisk.h"
+#include "diskimage/KVDiskImage.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
 #include "tools/KVPropertyList.h"
 
+#include "KVMountFixture.h"
 #include "KVToolDouble.h"
 
 #include <QAbstractButton>
@@ -20,50 +23,10 @@
 #include <QStandardPaths>
 #include <QTest>
 
+using namespace KVMountFixture;
+
 namespace {
 
-// hdiutil: "info" lists the images of info.plist; "detach" succeeds, unless a
-// file "busy-<device>" or "abnormal-<device>" says otherwise.
-constexpr char HdiutilScript[] = R"(case "$1" in
-info) cat "$d/info.plist"; exit 0;;
-detach) for last in "$@"; do :; done; name=${last#/dev/}
-  if [ -f "$d/busy-$name" ]; then printf 'hdiutil: couldn'"'"'t unmount "%s" - Resource busy\nhdiutil: detach failed - Resource busy\n' "$name"; exit 16; fi
-  printf '"%s" unmounted.\n"%s" ejected.\n' "$name" "$name"
-  if [ -f "$d/abnormal-$name" ]; then exit 1; fi
-  exit 0;;
-esac
-)";
-
-// diskutil info -plist MOUNTPOINT answers with the file named after the mount point's last component.
-constexpr char DiskutilScript[] = R"(name=$(basename "$3"); cat "$d/$name.plist"; exit 0
-)";
-
-QVariantMap imageEntry(int disk, const QString &mountPoint)
-{
-    const QString device = QStringLiteral("/dev/disk%1").arg(disk);
-    return {{QStringLiteral("image-encrypted"), true},
-            {QStringLiteral("image-path"), QStringLiteral("/home/someone/%1.sparseimage").arg(disk)},
-            {QStringLiteral("system-entities"),
-             QVariantList{QVariantMap{{QStringLiteral("content-hint"), QStringLiteral("GUID_partition_scheme")},
-                                      {QStringLiteral("dev-entry"), device}},
-                          QVariantMap{{QStringLiteral("content-hint"), QStringLiteral("Linux")},
-                                      {QStringLiteral("dev-entry"), QString(device + QStringLiteral("s1"))},
-                                      {QStringLiteral("mount-point"), mountPoint}}}}};
-}
-
-QByteArray diskutilInfo(int disk, const QString &mountPoint)
-{
-    return KVPropertyList::encodeXml(QVariantMap{
-        {QStringLiteral("VolumeName"), mountPoint.section(u'/', -1)},
-        {QStringLiteral("MountPoint"), mountPoint},
-        {QStringLiteral("VolumeUUID"), QStringLiteral("UUID-%1").arg(disk)},
-        {QStringLiteral("Writable"), true},
-        {QStringLiteral("TotalSize"), qint64(1000000000)},
-        {QStringLiteral("FreeSpace"), qint64(250000000)},
-        {QStringLiteral("FilesystemName"), QStringLiteral("Journaled HFS+")},
-        {QStringLiteral("DeviceIdentifier"), QStringLiteral("disk%1s1").arg(disk)},
-    });
-}
 
 // The system volume, encrypted, as the storage report lists it.
 QByteArray storageReportWithEncryptedSystemVolume()
@@ -96,16 +59,29 @@ public:
         for (int i = 0; i < images; ++i) {
             const QString mountPoint = QStringLiteral("/media/Volume%1").arg(i + 4);
             entries.append(imageEntry(i + 4, mountPoint));
-            diskutil.addFile(QStringLiteral("Volume%1.plist").arg(i + 4), diskutilInfo(i + 4, mountPoint));
+            diskutil.addFile(QStringLiteral("Volume%1.plist").arg(i + 4),
+                             KVPropertyList::encodeXml(diskutilInfo(i + 4, mountPoint)));
         }
         hdiutil.addFile(QStringLiteral("info.plist"), KVPropertyList::encodeXml(QVariantMap{{QStringLiteral("images"), entries}}));
-        hdiutil.setScript(HdiutilScript);
+        hdiutil.setScript(KVToolDouble::readFixture(QStringLiteral("hdiutil/double-info-and-detach.sh")));
         diskutil.setScript(DiskutilScript);
         systemProfiler.setResponse(systemVolume ? storageReportWithEncryptedSystemVolume()
                                                 : KVPropertyList::encodeXml(QVariantList{QVariantMap{{QStringLiteral("_items"), QVariantList()}}}));
         recentFile = recentDir.filePath(QStringLiteral("recently-used.xbel"));
         delegate = std::make_unique<KVAppDelegate>(KVAppDelegate::Services{
             KVToolPaths{hdiutil.path(), diskutil.path(), systemProfiler.path()}, &workspace, KVRecentDocuments(recentFile)});
+    }
+
+    // Whatever the engines still have queued runs before the doubles go away.
+    ~Fixture()
+    {
+        if (!delegate->di())
+            return;
+        const auto drained = std::make_shared<std::atomic<int>>(0);
+        delegate->di()->processingQueue().addOperation([drained] { ++*drained; });
+        delegate->disks()->mainDiskProcessingQueue().addOperation([drained] { ++*drained; });
+        if (!QTest::qWaitFor([&drained] { return drained->load() == 2; }, 10000))
+            qWarning("the engines are still busy");
     }
 
     // The hdiutil runs that detached something, by device.
@@ -129,21 +105,6 @@ public:
     std::unique_ptr<KVAppDelegate> delegate;
 };
 
-QMessageBox *openAlert()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible())
-            return box;
-    }
-    return nullptr;
-}
-
-void closeAlerts()
-{
-    while (QMessageBox *box = openAlert())
-        box->close();
-}
-
 } // namespace
 
 class TestKVAppDelegate : public QObject
@@ -157,13 +118,7 @@ private Q_SLOTS:
         QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
     }
 
-    void init()
-    {
-        KVUserDefaults &defaults = KVUserDefaults::standard();
-        for (const QString &key : {KVFavouritesKey, KVUnreadableFavouritesKey, KVAutoUnmountVolumesKey,
-                                   KVForceAutoUnmountKey, KVForceUnmountKey, KVSaveOpenRecentKey})
-            defaults.removeObject(key);
-    }
+    void init() { resetUserDefaults(); }
 
     void cleanup() { closeAlerts(); }
 
