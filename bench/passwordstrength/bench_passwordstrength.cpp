@@ -7,6 +7,8 @@
 // A keystroke should cost less than one frame (16 ms) in every case.
 #include "wizards/KVPasswordStrengthEstimator.h"
 
+#include "../common/KVBenchTiming.h"
+
 #include <zxcvbn.h>
 
 #include <QCoreApplication>
@@ -21,24 +23,7 @@
 
 namespace {
 
-struct Timing
-{
-    double median;
-    double worst;
-};
 
-Timing timeMs(int repetitions, const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < repetitions; ++i) {
-        QElapsedTimer clock;
-        clock.start();
-        work();
-        times.push_back(double(clock.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return {times[times.size() / 2], times.back()};
-}
 
 QString randomPassword(qsizetype length)
 {
@@ -51,9 +36,9 @@ QString randomPassword(qsizetype length)
     return password;
 }
 
-void report(const char *what, Timing timing)
+void report(const char *what, KVTiming timing)
 {
-    std::printf("%-58s median %7.3f ms   worst %7.3f ms\n", what, timing.median, timing.worst);
+    std::printf("%-58s median %7.3f ms   worst %7.3f ms\n", what, timing.medianMs, timing.worstMs);
 }
 
 } // namespace
@@ -68,17 +53,17 @@ int main(int argc, char *argv[])
 
     KVPasswordStrengthEstimator::scoreForPassword(short64); // warm up
     report("score, 64 random characters",
-           timeMs(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(short64); }));
+           kvTime(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(short64); }));
     report("score, 4,096 random characters",
-           timeMs(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(long4096); }));
+           kvTime(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(long4096); }));
     report("score, 4,096 times the same character",
-           timeMs(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(repeated4096); }));
+           kvTime(repetitions, [&] { KVPasswordStrengthEstimator::scoreForPassword(repeated4096); }));
     const QByteArray wholeUtf8 = long4096.toUtf8();
     report("zxcvbn alone on all 4,096 random characters",
-           timeMs(repetitions, [&] { ZxcvbnMatch(wholeUtf8.constData(), nullptr, nullptr); }));
+           kvTime(repetitions, [&] { ZxcvbnMatch(wholeUtf8.constData(), nullptr, nullptr); }));
     const QByteArray repeatedUtf8 = repeated4096.toUtf8();
     report("zxcvbn alone on all 4,096 repeated characters",
-           timeMs(repetitions, [&] { ZxcvbnMatch(repeatedUtf8.constData(), nullptr, nullptr); }));
+           kvTime(repetitions, [&] { ZxcvbnMatch(repeatedUtf8.constData(), nullptr, nullptr); }));
 
     // Typing the last characters of the long password, one estimate each.
     KVPasswordStrengthEstimator estimator;
@@ -97,7 +82,7 @@ int main(int argc, char *argv[])
     }
     auto summary = [](std::vector<double> times) {
         std::sort(times.begin(), times.end());
-        return Timing{times[times.size() / 2], times.back()};
+        return KVTiming{times[times.size() / 2], times.back()};
     };
     report("typing 4,096 characters: GUI thread per keystroke", summary(guiThread));
     report("typing 4,096 characters: keystroke until score", summary(untilScored));

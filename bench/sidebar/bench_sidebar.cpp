@@ -12,6 +12,8 @@
 #include "app/KVSidebarModel.h"
 #include "model/KVVolumeItem.h"
 
+#include "../common/KVBenchTiming.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPixmap>
@@ -23,18 +25,6 @@
 
 namespace {
 
-double medianMs(int repetitions, const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < repetitions; ++i) {
-        QElapsedTimer clock;
-        clock.start();
-        work();
-        times.push_back(double(clock.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
 
 QList<KVVolumeItemPtr> volumes(int count)
 {
@@ -80,14 +70,14 @@ int main(int argc, char *argv[])
         const QList<KVVolumeItemPtr> mounted = volumes(count);
         const KVVolumeItemPtr selection = mounted.at(count / 2);
         KVSidebarModel model;
-        const double reset = medianMs(51, [&] { model.reload(folders, mounted, selection); });
-        const double rebuild = medianMs(51, [&] { window.reloadSidebar(folders, mounted, selection); });
+        const double reset = kvTime(51, [&] { model.reload(folders, mounted, selection); }).medianMs;
+        const double rebuild = kvTime(51, [&] { window.reloadSidebar(folders, mounted, selection); }).medianMs;
         QPixmap canvas(window.sidebar()->viewport()->size());
-        const double painted = medianMs(51, [&] {
+        const double painted = kvTime(51, [&] {
             window.reloadSidebar(folders, mounted, selection);
             window.sidebar()->scrollToBottom(); // lays every row out, shows volume rows
             window.sidebar()->viewport()->render(&canvas);
-        });
+        }).medianMs;
         std::printf("%7d  %11.3f  %14.3f  %24.3f\n", count, reset, rebuild, painted);
     }
     return 0;

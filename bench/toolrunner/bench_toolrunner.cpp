@@ -5,6 +5,8 @@
 //      pipe and splitting it into lines, for N = 100,000 and 1,000,000.
 #include "tools/KVToolRun.h"
 
+#include "../common/KVBenchTiming.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -20,18 +22,6 @@ extern char **environ;
 
 namespace {
 
-double medianMs(int repetitions, const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < repetitions; ++i) {
-        QElapsedTimer clock;
-        clock.start();
-        work();
-        times.push_back(double(clock.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
 
 void bareSpawn(const char *program, const char *argument)
 {
@@ -87,11 +77,11 @@ int main(int argc, char *argv[])
     // Alternate the two so that both see the same machine state.
     std::vector<double> bareTimes, wholeTimes;
     for (int i = 0; i < 400; ++i) {
-        bareTimes.push_back(medianMs(1, [] { bareSpawn("/bin/true", nullptr); }));
-        wholeTimes.push_back(medianMs(1, [] {
+        bareTimes.push_back(kvTime(1, [] { bareSpawn("/bin/true", nullptr); }).medianMs);
+        wholeTimes.push_back(kvTime(1, [] {
             KVToolRun run(QStringLiteral("/bin/true"), {}, QStringLiteral("t"), QStringLiteral("a"));
             run.runWholeOutput([](const QByteArray &) {});
-        }));
+        }).medianMs);
     }
     std::sort(bareTimes.begin(), bareTimes.end());
     std::sort(wholeTimes.begin(), wholeTimes.end());
@@ -109,13 +99,13 @@ int main(int argc, char *argv[])
             for (int i = 0; i < lines; ++i)
                 out.write(QByteArray("PERCENT:") + QByteArray::number(i) + "\n");
         }
-        const double baseline = medianMs(5, [&] { bareCatLines(file); });
+        const double baseline = kvTime(5, [&] { bareCatLines(file); }).medianMs;
         qsizetype seen = 0;
-        const double streamed = medianMs(5, [&] {
+        const double streamed = kvTime(5, [&] {
             seen = 0;
             KVToolRun run(QStringLiteral("/bin/cat"), {file}, QStringLiteral("t"), QStringLiteral("a"));
             run.runLineStream([&seen](const QString &, QStringView) { ++seen; });
-        });
+        }).medianMs;
         std::printf("%7d lines: line stream %.1f ms  cat through a pipe %.1f ms  ratio %.2f (target <= 1.5)  [%lld lines seen]\n",
                     lines, streamed, baseline, streamed / baseline, (long long)seen);
     }
