@@ -2,7 +2,7 @@
 // FUSE mount, for a loop device (as root) or fuse2fs (as an ordinary user).
 //
 // imagefs --image PATH --offset BYTES --key-size BYTES --sector-size BYTES
-//         --mountpoint DIR --name NAME --control-fd FD [--read-only]
+//         --mountpoint DIR --name NAME --control-fd FD [--read-only] [--direct-io]
 //
 // The volume key arrives on the control connection (never in argv, the
 // environment or a file); the answer is "OK" once mounted or "ERR <errno>".
@@ -39,6 +39,7 @@ struct Options
     size_t sectorSize = 0;
     int controlFd = -1;
     bool readOnly = false;
+    bool directIo = false;
 };
 
 std::optional<Options> parse(int argc, char **argv)
@@ -49,6 +50,8 @@ std::optional<Options> parse(int argc, char **argv)
         const std::string arg = argv[i];
         if (arg == "--read-only")
             o.readOnly = true;
+        else if (arg == "--direct-io")
+            o.directIo = true;
         else if (arg.rfind("--", 0) == 0 && i + 1 < argc)
             values[arg] = argv[++i];
         else
@@ -112,6 +115,21 @@ bool lockImage(int fd, bool readOnly)
     return fcntl(fd, F_OFD_SETLK, &lock) == 0;
 }
 
+// With --direct-io the image bypasses the page cache: the file system above
+// caches the plaintext already, a second copy of the ciphertext would only
+// cost memory and a copy per request. Where the image's file system cannot
+// do direct I/O, the cache it is.
+int openImage(const Options &options)
+{
+    const int access = (options.readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC;
+    if (options.directIo) {
+        const int fd = open(options.image.c_str(), access | O_DIRECT);
+        if (fd >= 0 || errno != EINVAL)
+            return fd;
+    }
+    return open(options.image.c_str(), access);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -128,8 +146,7 @@ int main(int argc, char **argv)
     if (!readExactly(control, key.data(), key.size()))
         return 3;
 
-    const int image = open(options->image.c_str(),
-                           (options->readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC);
+    const int image = openImage(*options);
     if (image < 0) {
         answer(control, errno);
         return 1;

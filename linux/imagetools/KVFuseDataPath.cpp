@@ -96,6 +96,9 @@ KVImageResult KVFuseDataPath::attach(const KVAttachRequest &request, const KVSec
     spec.imagePath = request.imagePath;
     spec.geometry = request.geometry;
     spec.readOnly = request.readOnly;
+    // Under a loop device the kernel caches the plaintext; fuse2fs reads
+    // small blocks and needs the cache of the image file.
+    spec.directIo = m_driver == Driver::Kernel;
     spec.directory = record.payloadDirectory;
     spec.name = QStringLiteral("korvelle:") + record.wholeDisk();
     if (auto error = session.start(spec, volumeKey))

@@ -91,6 +91,7 @@ KVImageResult KVPayloadSession::start(const Spec &spec, const KVSecureBytes &vol
         "--name", spec.name.toUtf8(),
         "--control-fd", QByteArray::number(controlFdInChild),
         spec.readOnly ? "--read-only" : "",
+        spec.directIo ? "--direct-io" : "",
     };
     std::vector<char *> argv;
     for (const QByteArray &arg : args)

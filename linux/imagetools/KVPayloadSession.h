@@ -21,6 +21,7 @@ public:
         QString imagePath;
         KVImageGeometry geometry;
         bool readOnly = false;
+        bool directIo = false; // the image bypasses the page cache
         QString directory; // empty directory to mount on
         QString name;      // file system name shown in the mount table
     };

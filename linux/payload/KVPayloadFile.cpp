@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,6 +48,7 @@ int pwriteFully(int fd, const uint8_t *buffer, size_t length, off_t offset)
 }
 
 constexpr size_t earlyWritebackSpan = 256 * 1024;
+constexpr size_t bufferAlignment = 4096;
 
 } // namespace
 
@@ -57,9 +60,13 @@ KVPayloadFile::KVPayloadFile(int imageFd, uint64_t dataOffset, const KVSectorCip
       m_partialSectors(partialSectors),
       m_sector(cipher.sectorSize()),
       m_maxRequest(maxRequest),
-      // Room for the largest request plus the partial sectors at either end.
-      m_buffer(maxRequest + 2 * cipher.sectorSize())
+      m_buffer(nullptr, free)
 {
+    // Room for the largest request plus the partial sectors at either end.
+    void *buffer = nullptr;
+    if (posix_memalign(&buffer, bufferAlignment, maxRequest + 2 * m_sector) != 0)
+        throw std::bad_alloc();
+    m_buffer.reset(static_cast<uint8_t *>(buffer));
 }
 
 uint64_t KVPayloadFile::size() const
@@ -79,17 +86,17 @@ ssize_t KVPayloadFile::read(uint64_t offset, size_t length, const uint8_t **data
 {
     const uint64_t end = std::min(offset + std::min(length, m_maxRequest), size());
     if (offset >= end) {
-        *data = m_buffer.data();
+        *data = m_buffer.get();
         return 0;
     }
     const uint64_t first = offset / m_sector * m_sector;
     const uint64_t last = (end + m_sector - 1) / m_sector * m_sector;
     const size_t span = size_t(last - first);
-    if (const int err = preadFully(m_fd, m_buffer.data(), span, off_t(m_dataOffset + first)))
+    if (const int err = preadFully(m_fd, m_buffer.get(), span, off_t(m_dataOffset + first)))
         return err;
-    if (!m_cipher->decrypt(m_buffer.data(), m_buffer.data(), span, first))
+    if (!m_cipher->decrypt(m_buffer.get(), m_buffer.get(), span, first))
         return -EIO;
-    *data = m_buffer.data() + (offset - first);
+    *data = m_buffer.get() + (offset - first);
     return ssize_t(end - offset);
 }
 
@@ -142,7 +149,7 @@ ssize_t KVPayloadFile::writeChunk(uint64_t offset, const uint8_t *data, size_t l
     const uint64_t first = offset / m_sector * m_sector;
     const uint64_t last = (end + m_sector - 1) / m_sector * m_sector;
     const size_t span = size_t(last - first);
-    uint8_t *buffer = m_buffer.data();
+    uint8_t *buffer = m_buffer.get();
 
     // Partial sectors at either end keep the bytes around the new data; two
     // such writes into one sector must not interleave.

@@ -5,7 +5,6 @@
 #include <memory>
 #include <mutex>
 #include <sys/types.h>
-#include <vector>
 
 #include "KVSectorCipher.h"
 
@@ -52,5 +51,6 @@ private:
     std::mutex &m_partialSectors;
     size_t m_sector;
     size_t m_maxRequest;
-    std::vector<uint8_t> m_buffer;
+    // Page aligned, so that the image may be opened with O_DIRECT.
+    std::unique_ptr<uint8_t, void (*)(void *)> m_buffer;
 };
