@@ -91,17 +91,17 @@ KVImageResult KVFuseDataPath::attach(const KVAttachRequest &request, const KVSec
     record.volumeName = request.volumeName;
 
     KVPayloadSession session;
-    KVPayloadSession::Spec spec;
-    spec.helper = m_imagefs;
-    spec.imagePath = request.imagePath;
-    spec.geometry = request.geometry;
-    spec.readOnly = request.readOnly;
+    KVPayloadSession::Launch launch;
+    launch.helper = m_imagefs;
+    launch.imagePath = request.imagePath;
+    launch.geometry = request.geometry;
+    launch.readOnly = request.readOnly;
     // Under a loop device the kernel caches the plaintext; fuse2fs reads
     // small blocks and needs the cache of the image file.
-    spec.directIo = m_driver == Driver::Kernel;
-    spec.directory = record.payloadDirectory;
-    spec.name = QStringLiteral("korvelle:") + record.wholeDisk();
-    if (auto error = session.start(spec, volumeKey))
+    launch.directIo = m_driver == Driver::Kernel;
+    launch.directory = record.payloadDirectory;
+    launch.name = QStringLiteral("korvelle:") + record.wholeDisk();
+    if (auto error = session.start(launch, volumeKey))
         return error;
     record.daemon = session.daemon();
     registry.save(record);

@@ -5,9 +5,8 @@ namespace {
 const QSet<QString> passwordSwitches = {QStringLiteral("-stdinpass"), QStringLiteral("-oldstdinpass"),
                                         QStringLiteral("-newstdinpass")};
 const QSet<QString> optionsWithValue = {
-    QStringLiteral("-size"),   QStringLiteral("-volname"),   QStringLiteral("-fs"),
-    QStringLiteral("-type"),   QStringLiteral("-encryption"), QStringLiteral("-mountroot"),
-    QStringLiteral("-mountpoint"),
+    QStringLiteral("-size"), QStringLiteral("-volname"),    QStringLiteral("-fs"),
+    QStringLiteral("-type"), QStringLiteral("-encryption"), QStringLiteral("-mountroot"),
 };
 
 } // namespace

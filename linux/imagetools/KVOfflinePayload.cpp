@@ -23,14 +23,14 @@ KVImageResult KVOfflinePayload::open(const KVLuksImage &image, const KVSecureByt
     m_directory = m_registry.makeSessionDirectory();
     if (m_directory.isEmpty())
         return KVImageError::fromErrno(EACCES);
-    KVPayloadSession::Spec spec;
-    spec.helper = m_imagefs;
-    spec.imagePath = image.path();
-    spec.geometry = image.geometry();
-    spec.readOnly = readOnly;
-    spec.directory = m_directory;
-    spec.name = QStringLiteral("korvelle:session");
-    auto error = m_session.start(spec, volumeKey);
+    KVPayloadSession::Launch launch;
+    launch.helper = m_imagefs;
+    launch.imagePath = image.path();
+    launch.geometry = image.geometry();
+    launch.readOnly = readOnly;
+    launch.directory = m_directory;
+    launch.name = QStringLiteral("korvelle:session");
+    auto error = m_session.start(launch, volumeKey);
     if (error && error->code() == KVImageError::Busy)
         return KVImageError(KVImageError::TryAgain);
     return error;

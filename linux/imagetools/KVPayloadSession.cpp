@@ -75,23 +75,23 @@ QString KVPayloadSession::payloadPath() const
     return m_directory + QStringLiteral("/payload");
 }
 
-KVImageResult KVPayloadSession::start(const Spec &spec, const KVSecureBytes &volumeKey)
+KVImageResult KVPayloadSession::start(const Launch &launch, const KVSecureBytes &volumeKey)
 {
     int sockets[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
         return KVImageError::fromErrno(errno);
 
     const std::vector<QByteArray> args = {
-        QFile::encodeName(spec.helper),
-        "--image", QFile::encodeName(spec.imagePath),
-        "--offset", QByteArray::number(spec.geometry.dataOffset),
-        "--key-size", QByteArray::number(spec.geometry.volumeKeySize),
-        "--sector-size", QByteArray::number(spec.geometry.sectorSize),
-        "--mountpoint", QFile::encodeName(spec.directory),
-        "--name", spec.name.toUtf8(),
+        QFile::encodeName(launch.helper),
+        "--image", QFile::encodeName(launch.imagePath),
+        "--offset", QByteArray::number(launch.geometry.dataOffset),
+        "--key-size", QByteArray::number(launch.geometry.volumeKeySize),
+        "--sector-size", QByteArray::number(launch.geometry.sectorSize),
+        "--mountpoint", QFile::encodeName(launch.directory),
+        "--name", launch.name.toUtf8(),
         "--control-fd", QByteArray::number(controlFdInChild),
-        spec.readOnly ? "--read-only" : "",
-        spec.directIo ? "--direct-io" : "",
+        launch.readOnly ? "--read-only" : "",
+        launch.directIo ? "--direct-io" : "",
     };
     std::vector<char *> argv;
     for (const QByteArray &arg : args)
@@ -118,11 +118,11 @@ KVImageResult KVPayloadSession::start(const Spec &spec, const KVSecureBytes &vol
         close(sockets[0]);
         m_pid = 0;
         return KVImageError(KVImageError::NotSupported,
-                            QStringLiteral("cannot start %1 (%2)").arg(spec.helper, QString::fromLocal8Bit(strerror(spawned))));
+                            QStringLiteral("cannot start %1 (%2)").arg(launch.helper, QString::fromLocal8Bit(strerror(spawned))));
     }
     m_control = sockets[0];
     m_daemon = KVProcessIdentity::of(m_pid);
-    m_directory = spec.directory;
+    m_directory = launch.directory;
 
     const int answer = writeAll(m_control, volumeKey.data(), volumeKey.size()) ? readAnswer(m_control)
                                                                                : EIO;

@@ -15,7 +15,7 @@ class KVSecureBytes;
 class KVPayloadSession
 {
 public:
-    struct Spec
+    struct Launch
     {
         QString helper;    // path of the imagefs program
         QString imagePath;
@@ -34,7 +34,7 @@ public:
     // Starts the daemon and hands it the volume key over the control
     // connection. Busy when the image is served already (the daemon holds a
     // lock on it), so two writers can never meet.
-    KVImageResult start(const Spec &spec, const KVSecureBytes &volumeKey);
+    KVImageResult start(const Launch &launch, const KVSecureBytes &volumeKey);
 
     bool isRunning() const { return m_control >= 0; }
     QString payloadPath() const;
