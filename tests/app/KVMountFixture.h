@@ -96,6 +96,14 @@ inline KVVolumeItemPtr diskVolume(const QString &name, const QString &mountPoint
                                 nullptr);
 }
 
+// Tests keep their settings apart from the user's: call once, before any
+// settings are read.
+inline void useTestSettings()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
+}
+
 // Settings of the test mode only, cleared before each test.
 inline void resetUserDefaults()
 {

@@ -112,11 +112,7 @@ class TestKVAppDelegate : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
-    }
+    void initTestCase() { useTestSettings(); }
 
     void init() { resetUserDefaults(); }
 

@@ -10,9 +10,9 @@ namespace {
 QList<KVFavouriteFolderPtr> favourites(const QStringList &folders)
 {
     QList<KVFavouriteFolderPtr> list;
-    for (const QString &spec : folders) {
-        const KVFavouriteFolderPtr folder = KVFavouriteFolder::create(spec.left(1));
-        for (const QChar name : spec.mid(1)) {
+    for (const QString &layout : folders) {
+        const KVFavouriteFolderPtr folder = KVFavouriteFolder::create(layout.left(1));
+        for (const QChar name : layout.mid(1)) {
             KVFavouriteItemPtr item = KVFavouriteItem::create(QString(name), folder);
             item->setType(QStringLiteral("diskImage"));
             folder->content().append(item);
@@ -26,10 +26,10 @@ QStringList shape(const QList<KVFavouriteFolderPtr> &list)
 {
     QStringList found;
     for (const KVFavouriteFolderPtr &folder : list) {
-        QString spec = folder->name();
+        QString layout = folder->name();
         for (const KVFavouriteItemPtr &item : folder->content())
-            spec += item->name();
-        found.append(spec);
+            layout += item->name();
+        found.append(layout);
     }
     return found;
 }

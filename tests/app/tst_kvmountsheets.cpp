@@ -128,11 +128,7 @@ class TestKVMountSheets : public QObject
     }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
-    }
+    void initTestCase() { useTestSettings(); }
 
     void init() { resetUserDefaults(); }
     void cleanup() { closeAlerts(); }

@@ -117,11 +117,7 @@ class TestKVSidebar : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
-    }
+    void initTestCase() { useTestSettings(); }
 
     void init() { resetUserDefaults(); }
     void cleanup() { closeAlerts(); }
