@@ -87,7 +87,10 @@ void KVHdiutilRecoveryTest::killedAttachLeavesNothingStray()
     QTRY_VERIFY_WITH_TIMEOUT((output += tool.readAll()).contains(killAfter.toUtf8())
                                  || tool.state() == QProcess::NotRunning,
                              20000);
-    kill(pid_t(tool.processId()), SIGKILL);
+    // A finished QProcess has no pid any more (0), and kill(0) would end this
+    // whole process group, the test runner with it.
+    if (const pid_t pid = pid_t(tool.processId()); pid > 0)
+        kill(pid, SIGKILL);
     tool.waitForFinished();
 
     // Killed early, nothing is left; killed late, the image is attached and
