@@ -167,6 +167,10 @@ private Q_SLOTS:
         // Nothing selected, then a disk: the command does nothing.
         delegate.addToFavourites(home);
         QVERIFY(home->content().isEmpty());
+        delegate.setCurrentSelection(diskVolume(QStringLiteral("Backup"), QStringLiteral("/media/Backup"), 1000, 500));
+        delegate.addToFavourites(home);
+        QVERIFY(home->content().isEmpty());
+        QVERIFY(!openAlert());
 
         // The image's file must exist to be bookmarked: an image whose file is gone
         // gives an alert and adds nothing.
