@@ -122,10 +122,7 @@ void KVVolumeItem::readDiskutilInfo()
     m_mountPoint = stringValue(info.value(QStringLiteral("MountPoint")));
     m_uuid = stringValue(info.value(QStringLiteral("VolumeUUID")));
     m_readOnly = !boolValue(info.value(QStringLiteral("Writable")));
-    m_totalSize = integerValue(info.value(QStringLiteral("TotalSize")));
-    m_freeSpace = integerValue(info.value(QStringLiteral("FreeSpace")));
-    m_usedSpace = m_totalSize - m_freeSpace;
-    m_usedSpacePercentage = usedSpacePercentageText(m_usedSpace, m_totalSize);
+    setSpace(integerValue(info.value(QStringLiteral("TotalSize"))), integerValue(info.value(QStringLiteral("FreeSpace"))));
     m_fileSystemName = stringValue(info.value(QStringLiteral("FilesystemName")));
     m_diskIdentifier = stringValue(info.value(QStringLiteral("DeviceIdentifier")));
 }
@@ -138,10 +135,8 @@ void KVVolumeItem::readSysProfilerInfo()
     m_uuid = stringValue(info.value(QStringLiteral("volume_uuid")));
     m_readOnly = !boolValue(info.value(QStringLiteral("writable")));
     m_isSystemPartition = m_mountPoint == u"/";
-    m_totalSize = integerValue(info.value(QStringLiteral("size_in_bytes")));
-    m_freeSpace = integerValue(info.value(QStringLiteral("free_space_in_bytes")));
-    m_usedSpace = m_totalSize - m_freeSpace;
-    m_usedSpacePercentage = usedSpacePercentageText(m_usedSpace, m_totalSize);
+    setSpace(integerValue(info.value(QStringLiteral("size_in_bytes"))),
+             integerValue(info.value(QStringLiteral("free_space_in_bytes"))));
     m_fileSystemName = stringValue(info.value(QStringLiteral("file_system")));
     m_diskIdentifier = stringValue(info.value(QStringLiteral("bsd_name")));
     const QVariantMap logicalVolume = dictionary(info.value(QStringLiteral("com.apple.corestorage.lv")));
@@ -149,6 +144,14 @@ void KVVolumeItem::readSysProfilerInfo()
     // The report's key has a doubled first letter and so never matches: the
     // lock state always comes from the encrypted volume's family status.
     m_locked = boolValue(logicalVolume.value(QStringLiteral("ccom.apple.corestorage.lv.locked")));
+}
+
+void KVVolumeItem::setSpace(qint64 totalSize, qint64 freeSpace)
+{
+    m_totalSize = totalSize;
+    m_freeSpace = freeSpace;
+    m_usedSpace = m_totalSize - m_freeSpace;
+    m_usedSpacePercentage = usedSpacePercentageText(m_usedSpace, m_totalSize);
 }
 
 void KVVolumeItem::readLogicalVolumeStatus()
@@ -230,9 +233,8 @@ void KVVolumeItem::updateSpace()
     if (!free)
         return;
     const qint64 previousFreeSpace = m_freeSpace;
-    m_freeSpace = *free;
-    m_usedSpace = m_totalSize - m_freeSpace;
-    m_usedSpacePercentage = usedSpacePercentageText(m_usedSpace, m_totalSize);
+    // The capacity is never read again, only the free space.
+    setSpace(m_totalSize, *free);
 
     if ((!m_diReference && !m_diskReference) || m_freeSpace == previousFreeSpace)
         return;

@@ -109,6 +109,7 @@ private:
     void readDiskutilInfo();
     void readSysProfilerInfo();
     void readLogicalVolumeStatus();
+    void setSpace(qint64 totalSize, qint64 freeSpace);
     void startWatching();
     void fileSystemEventOccurred();
     void resetIgnoreEvents();

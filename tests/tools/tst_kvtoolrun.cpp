@@ -213,35 +213,36 @@ private Q_SLOTS:
         QCOMPARE(error->localizedFailureReason(), QStringLiteral("hdiutil output is not a property list."));
     }
 
-    void linesAreReassembledFromChunks()
+    void lineStream_data()
     {
-        KVToolDouble tool;
-        tool.setScript("printf 'PERCENT:'; sleep 0.1; printf '12.5\\nMESS'; sleep 0.1; printf 'AGE:Finishing\\n\\ntail without end'\n");
-        KVToolRun run = attachRun(tool);
-        Lines received;
-        QVERIFY(!run.runLineStream(received.handler()));
-        QCOMPARE(received.lines, (QStringList{"PERCENT:12.5", "MESSAGE:Finishing", ""}));
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QStringList>("chunks");
+        QTest::newRow("pieces make lines, an unended tail is dropped")
+            << QByteArray("printf 'PERCENT:'; sleep 0.1; printf '12.5\\nMESS'; sleep 0.1; printf 'AGE:Finishing\\n\\ntail'\n")
+            << QStringList{"PERCENT:12.5", "MESSAGE:Finishing", ""}
+            << QStringList{"12.5\nMESS", "AGE:Finishing\n\ntail", "\ntail"};
+        QTest::newRow("a line sees the rest of its chunk")
+            << QByteArray("printf 'Error converting disk\\n(-69756)\\n'\n")
+            << QStringList{"Error converting disk", "(-69756)"}
+            << QStringList{"Error converting disk\n(-69756)\n", "(-69756)\n"};
+        QTest::newRow("a character split between chunks")
+            << QByteArray("printf '\\303'; sleep 0.1; printf '\\251t\\303\\251\\n'\n")
+            << QStringList{QStringLiteral("été")} << QStringList{QStringLiteral("\u00e9t\u00e9\n")};
     }
 
-    void lineSeesTheRestOfItsChunk()
+    void lineStream()
     {
+        QFETCH(QByteArray, script);
+        QFETCH(QStringList, lines);
+        QFETCH(QStringList, chunks);
         KVToolDouble tool;
-        tool.setScript("printf 'Started CoreStorage operation\\nError converting disk\\n(-69756)\\n'\n");
+        tool.setScript(script);
         KVToolRun run = attachRun(tool);
         Lines received;
         QVERIFY(!run.runLineStream(received.handler()));
-        QCOMPARE(received.lines.size(), 3);
-        QCOMPARE(received.chunks.at(1), QStringLiteral("Error converting disk\n(-69756)\n"));
-    }
-
-    void characterSplitBetweenChunks()
-    {
-        KVToolDouble tool;
-        tool.setScript("printf '\\303'; sleep 0.1; printf '\\251t\\303\\251\\n'\n");
-        KVToolRun run = attachRun(tool);
-        Lines received;
-        QVERIFY(!run.runLineStream(received.handler()));
-        QCOMPARE(received.lines, QStringList{QStringLiteral("été")});
+        QCOMPARE(received.lines, lines);
+        QCOMPARE(received.chunks, chunks);
     }
 
     void invalidUtf8DoesNoHarm()
