@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+using namespace kvlinux;
+
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);

@@ -9,6 +9,8 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+using namespace kvlinux;
+
 int main(int argc, char **argv)
 {
     // Passwords and volume keys pass through this process: no core dumps,

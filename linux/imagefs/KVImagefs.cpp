@@ -16,6 +16,8 @@
 
 extern char **environ;
 
+namespace kvlinux {
+
 namespace {
 
 constexpr fuse_ino_t payloadIno = 2;
@@ -349,3 +351,5 @@ void KVImagefs::unmountLazily()
     }
     posix_spawn_file_actions_destroy(&actions);
 }
+
+} // namespace kvlinux

@@ -4,6 +4,9 @@
 #include <string>
 
 struct fuse_session;
+
+namespace kvlinux {
+
 class KVPayloadViews;
 
 // A FUSE file system with one file, "payload": the decrypted payload of one
@@ -40,3 +43,5 @@ private:
     std::atomic<int> m_openFiles{0};
     int m_wakePipe[2] = {-1, -1};
 };
+
+} // namespace kvlinux

@@ -25,6 +25,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+using namespace kvlinux;
+
 namespace {
 
 constexpr size_t maxRequest = 1 << 20;

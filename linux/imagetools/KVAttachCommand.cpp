@@ -14,6 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 QString column(const QString &text, int width)
@@ -152,3 +154,5 @@ void KVAttachCommand::openInFileManager(const QString &folder)
     else if (const QString gio = KVExternalCommand::locate(QStringLiteral("gio")); !gio.isEmpty())
         KVSpawn::detached(gio, {QStringLiteral("open"), folder});
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 class KVLuksImage;
 
 // hdiutil attach -verbose -stdinpass -puppetstrings IMAGE [-readonly]
@@ -28,3 +30,5 @@ private:
     void printDevices(const KVAttachment &record) const;
     static void openInFileManager(const QString &folder);
 };
+
+} // namespace kvlinux

@@ -2,11 +2,13 @@
 
 #include "KVAttachmentRegistry.h"
 #include "KVDataPath.h"
-#include "KVMountTable.h"
+#include "platform/KVMountTable.h"
 
 #include <QFileInfo>
 
 #include <sys/stat.h>
+
+namespace kvlinux {
 
 KVAttachedImages::KVAttachedImages(const KVAttachmentRegistry &registry, KVDataPath &dataPath)
     : m_registry(registry), m_dataPath(dataPath)
@@ -16,7 +18,7 @@ KVAttachedImages::KVAttachedImages(const KVAttachmentRegistry &registry, KVDataP
 QList<KVAttachedImages::Entry> KVAttachedImages::current(bool includeAttaching) const
 {
     const auto lock = m_registry.lock();
-    const KVMountTable mounts = KVMountTable::read();
+    const KVMountTable mounts = KVMountTable::current();
     const QString boot = KVAttachmentRegistry::bootId();
     QList<Entry> entries;
     for (const KVAttachment &record : m_registry.records()) {
@@ -59,3 +61,5 @@ std::optional<KVAttachedImages::Entry> KVAttachedImages::findImage(quint64 devic
             return entry;
     return std::nullopt;
 }
+
+} // namespace kvlinux

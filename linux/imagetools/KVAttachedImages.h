@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace kvlinux {
+
 class KVAttachmentRegistry;
 class KVDataPath;
 
@@ -36,3 +38,5 @@ private:
     const KVAttachmentRegistry &m_registry;
     KVDataPath &m_dataPath;
 };
+
+} // namespace kvlinux

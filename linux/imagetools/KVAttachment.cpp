@@ -1,5 +1,7 @@
 #include "KVAttachment.h"
 
+namespace kvlinux {
+
 namespace {
 
 const QString attachingStage = QStringLiteral("attaching");
@@ -60,3 +62,5 @@ KVAttachment KVAttachment::fromJson(const QJsonObject &json)
     a.createdMountPoint = json.value(QStringLiteral("createdMountPoint")).toBool();
     return a;
 }
+
+} // namespace kvlinux

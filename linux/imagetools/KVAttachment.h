@@ -5,6 +5,8 @@
 #include <QJsonObject>
 #include <QString>
 
+namespace kvlinux {
+
 // What we know about one attached image, kept in the runtime directory while
 // it is attached. The record names the pieces that make up the attachment so
 // that they can be found again and checked against the system; it is never
@@ -41,3 +43,5 @@ struct KVAttachment
     QJsonObject toJson() const;
     static KVAttachment fromJson(const QJsonObject &json);
 };
+
+} // namespace kvlinux

@@ -1,6 +1,6 @@
 #include "KVAttachmentRegistry.h"
 
-#include "KVMountTable.h"
+#include "platform/KVMountTable.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,6 +15,8 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+
+namespace kvlinux {
 
 namespace {
 
@@ -125,7 +127,7 @@ QString KVAttachmentRegistry::makeSessionDirectory() const
 
 void KVAttachmentRegistry::removeAbandonedSessions() const
 {
-    const KVMountTable mounts = KVMountTable::read();
+    const KVMountTable mounts = KVMountTable::current();
     const QStringList names = QDir(m_directory).entryList({sessionPrefix + QLatin1Char('*')},
                                                           QDir::Dirs);
     for (const QString &name : names) {
@@ -141,3 +143,5 @@ QString KVAttachmentRegistry::bootId()
     QFile file(QStringLiteral("/proc/sys/kernel/random/boot_id"));
     return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll().trimmed()) : QString();
 }
+
+} // namespace kvlinux

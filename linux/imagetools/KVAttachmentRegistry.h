@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+namespace kvlinux {
+
 // The records of attached images in the runtime directory: diskN.json, with
 // the FUSE mount of diskN's payload in the directory diskN. Changes are made
 // under an exclusive lock so that concurrent runs never pick the same N.
@@ -51,3 +53,5 @@ private:
 
     QString m_directory;
 };
+
+} // namespace kvlinux

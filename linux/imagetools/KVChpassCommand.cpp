@@ -7,6 +7,8 @@
 
 #include <cstring>
 
+namespace kvlinux {
+
 int KVChpassCommand::run(const KVHdiutilArguments &arguments)
 {
     KVImageResult error = arguments.operands().size() == 1
@@ -33,3 +35,5 @@ KVImageResult KVChpassCommand::changePassword(const QString &imagePath)
     const KVSecureBytes newPassword(input->chars() + oldSize + 1, input->size() - oldSize - 1);
     return image.changePassword(oldPassword, newPassword, m_environment.derivation);
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil chpass -oldstdinpass -newstdinpass -verbose IMAGE
 // Standard input holds the old password, one NUL and the new password.
 class KVChpassCommand : public KVHdiutilCommand
@@ -14,3 +16,5 @@ public:
 private:
     KVImageResult changePassword(const QString &imagePath);
 };
+
+} // namespace kvlinux

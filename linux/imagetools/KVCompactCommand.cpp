@@ -14,6 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 quint64 allocatedBytes(const QString &path)
@@ -114,3 +116,5 @@ KVImageResult KVCompactCommand::compact(const QString &imagePath, Outcome &outco
     outcome.reclaimed = before > after ? before - after : 0;
     return std::nullopt;
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil compact -stdinpass -batteryallowed -verbose IMAGE: gives the space
 // of the file system's free blocks back to the disk the image lives on.
 class KVCompactCommand : public KVHdiutilCommand
@@ -19,3 +21,5 @@ private:
     };
     KVImageResult compact(const QString &imagePath, Outcome &outcome);
 };
+
+} // namespace kvlinux

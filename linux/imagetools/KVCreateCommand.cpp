@@ -17,6 +17,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 const QString extension = QStringLiteral(".sparseimage");
@@ -224,3 +226,5 @@ void KVCreateCommand::printFailure(const KVImageError &error) const
     m_out.verbose(QStringLiteral("hdiutil: create: returning %1").arg(code));
     m_out.error(QStringLiteral("hdiutil: create failed - ") + error.reason());
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil create -verbose -stdinpass -puppetstrings -fs "Journaled HFS+"
 //   -type SPARSE [-size Nm] [-volname V] -encryption AES-128|AES-256 [-attach]
 //   PATH
@@ -33,3 +35,5 @@ private:
                                 const QString &volumeName);
     void printFailure(const KVImageError &error) const;
 };
+
+} // namespace kvlinux

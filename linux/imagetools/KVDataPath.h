@@ -4,8 +4,11 @@
 #include "KVImageError.h"
 #include "KVLuksImage.h"
 
-class KVAttachmentRegistry;
 class KVMountTable;
+
+namespace kvlinux {
+
+class KVAttachmentRegistry;
 class KVSecureBytes;
 
 struct KVAttachRequest
@@ -50,3 +53,5 @@ public:
     // A path from which the payload of an attached image can be read.
     virtual QString livePayload(const KVAttachment &record) const = 0;
 };
+
+} // namespace kvlinux

@@ -1,5 +1,7 @@
 #include "KVDetachCommand.h"
 
+namespace kvlinux {
+
 int KVDetachCommand::run(const KVHdiutilArguments &arguments)
 {
     if (arguments.operands().size() != 1) {
@@ -35,3 +37,5 @@ int KVDetachCommand::run(const KVHdiutilArguments &arguments)
     m_out.line(QStringLiteral("\"%1\" ejected.").arg(disk));
     return 0;
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil detach -verbose [-force] DEVICE-OR-MOUNT-POINT
 class KVDetachCommand : public KVHdiutilCommand
 {
@@ -10,3 +12,5 @@ public:
 
     int run(const KVHdiutilArguments &arguments) override;
 };
+
+} // namespace kvlinux

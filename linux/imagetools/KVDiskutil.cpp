@@ -3,7 +3,7 @@
 #include "KVAttachedImages.h"
 #include "KVAttachmentRegistry.h"
 #include "KVFuseDataPath.h"
-#include "KVPropertyList.h"
+#include "tools/KVPropertyList.h"
 #include "KVRuntimeDirectory.h"
 #include "KVSystemEntities.h"
 #include "KVToolOutput.h"
@@ -11,6 +11,8 @@
 #include <QDir>
 
 #include <sys/statvfs.h>
+
+namespace kvlinux {
 
 int KVDiskutil::run(const QStringList &arguments)
 {
@@ -35,7 +37,7 @@ int KVDiskutil::info(const QString &target, bool plist, KVToolOutput &out)
     const QString notFound = QStringLiteral("Could not find disk: ") + target;
     if (!entry || !entry->mounted) {
         if (plist)
-            out.data(KVPropertyList::toXml(QVariantMap{{QStringLiteral("Error"), true},
+            out.data(KVPropertyList::encodeXml(QVariantMap{{QStringLiteral("Error"), true},
                                                        {QStringLiteral("ErrorMessage"), notFound},
                                                        {QStringLiteral("ExitCode"), 1}}));
         else
@@ -44,7 +46,7 @@ int KVDiskutil::info(const QString &target, bool plist, KVToolOutput &out)
     }
     const QVariantMap info = volumeInfo(entry->record);
     if (plist) {
-        out.data(KVPropertyList::toXml(info));
+        out.data(KVPropertyList::encodeXml(info));
         return 0;
     }
     for (auto it = info.cbegin(); it != info.cend(); ++it)
@@ -91,3 +93,5 @@ QVariantMap KVDiskutil::volumeInfo(const KVAttachment &record)
         {QStringLiteral("WritableVolume"), writable},
     };
 }
+
+} // namespace kvlinux

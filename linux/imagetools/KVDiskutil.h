@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
+namespace kvlinux {
+
 class KVToolOutput;
 struct KVAttachment;
 
@@ -19,3 +21,5 @@ public:
 private:
     int info(const QString &target, bool plist, KVToolOutput &out);
 };
+
+} // namespace kvlinux

@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+namespace kvlinux {
+
 int KVEraseKeysCommand::run(const KVHdiutilArguments &arguments)
 {
     KVImageResult error;
@@ -21,3 +23,5 @@ int KVEraseKeysCommand::run(const KVHdiutilArguments &arguments)
     m_out.error(QStringLiteral("hdiutil: erasekeys failed - ") + error->reason());
     return 1;
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil erasekeys IMAGE: destroys every key, so nothing opens it again.
 class KVEraseKeysCommand : public KVHdiutilCommand
 {
@@ -10,3 +12,5 @@ public:
 
     int run(const KVHdiutilArguments &arguments) override;
 };
+
+} // namespace kvlinux

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 
+namespace kvlinux {
+
 namespace {
 
 constexpr qint64 superblockOffset = 1024;
@@ -151,3 +153,5 @@ QString KVExt4::labelFor(const QString &volumeName)
         --end;
     return QString::fromUtf8(bytes.left(end));
 }
+
+} // namespace kvlinux

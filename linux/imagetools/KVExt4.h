@@ -8,6 +8,8 @@
 #include <optional>
 #include <sys/types.h>
 
+namespace kvlinux {
+
 // The ext4 file system inside an image's payload, worked on with e2fsprogs
 // while the payload is served as a plain file (nothing mounted).
 class KVExt4
@@ -50,3 +52,5 @@ public:
     // ext4 labels hold 16 bytes.
     static QString labelFor(const QString &volumeName);
 };
+
+} // namespace kvlinux

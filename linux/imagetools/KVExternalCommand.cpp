@@ -3,6 +3,8 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+namespace kvlinux {
+
 QString KVExternalCommand::locate(const QString &program)
 {
     QString found = QStandardPaths::findExecutable(program);
@@ -34,3 +36,5 @@ KVExternalCommand::Result KVExternalCommand::run(const QString &program, const Q
     result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return result;
 }
+
+} // namespace kvlinux

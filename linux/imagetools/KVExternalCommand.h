@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace kvlinux {
+
 // Runs one of the system's programs (mkfs.ext4, e2fsck, resize2fs, dumpe2fs,
 // fuse2fs, fusermount3) and collects its output. Programs are looked up in
 // PATH and in the sbin directories that an ordinary user's PATH lacks.
@@ -20,3 +22,5 @@ public:
     static Result run(const QString &program, const QStringList &arguments);
     static QString locate(const QString &program);
 };
+
+} // namespace kvlinux

@@ -4,7 +4,7 @@
 #include "KVExt4.h"
 #include "KVExternalCommand.h"
 #include "KVLoopDevice.h"
-#include "KVMountTable.h"
+#include "platform/KVMountTable.h"
 #include "KVPayloadSession.h"
 #include "KVSpawn.h"
 #include "KVVolumeFolder.h"
@@ -21,6 +21,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 const QString kernelName = QStringLiteral("fuse+kernel");
@@ -28,18 +30,6 @@ const QString fuse2fsName = QStringLiteral("fuse+fuse2fs");
 constexpr int mountTimeoutMs = 30000;
 constexpr int ejectTimeoutMs = 60000;
 constexpr int forcedEjectTimeoutMs = 2000;
-
-// Reads the mount table through fd; this also acknowledges its change event.
-KVMountTable readMountTable(int fd)
-{
-    QByteArray content;
-    char buffer[8192];
-    lseek(fd, 0, SEEK_SET);
-    ssize_t n;
-    while ((n = read(fd, buffer, sizeof buffer)) > 0)
-        content.append(buffer, n);
-    return KVMountTable::parse(content);
-}
 
 // Waits until a mount shows up at folder or the process serving it ends.
 bool waitForMount(const QString &folder, const KVProcessIdentity &server)
@@ -52,7 +42,7 @@ bool waitForMount(const QString &folder, const KVProcessIdentity &server)
     clock.start();
     bool mounted = false;
     for (;;) {
-        mounted = readMountTable(table).at(folder).has_value();
+        mounted = KVMountTable::read(table).value_or(KVMountTable()).at(folder).has_value();
         if (mounted || !server.isAlive() || clock.elapsed() > mountTimeoutMs)
             break;
         // The mount table signals every change with POLLPRI, the pidfd the exit.
@@ -215,14 +205,14 @@ KVImageResult KVFuseDataPath::unmountPath(const QString &path, bool lazy)
 
 KVImageResult KVFuseDataPath::unmount(const KVAttachment &record, bool force)
 {
-    if (!isVolumeMounted(record, KVMountTable::read()))
+    if (!isVolumeMounted(record, KVMountTable::current()))
         return std::nullopt;
     return unmountPath(record.mountPoint, force);
 }
 
 KVImageResult KVFuseDataPath::eject(const KVAttachment &record, bool force)
 {
-    if (record.createdMountPoint && !KVMountTable::read().at(record.mountPoint))
+    if (record.createdMountPoint && !KVMountTable::current().at(record.mountPoint))
         QDir().rmdir(record.mountPoint);
     // The daemon goes once nothing holds the payload: the loop device clears
     // itself when its file system is unmounted, fuse2fs exits with its mount.
@@ -244,7 +234,7 @@ void KVFuseDataPath::removeLeftovers(const KVAttachment &record)
         KVLoopDevice::detach(record.loopDevice);
     if (record.fuse2fs.isAlive())
         kill(record.fuse2fs.pid(), SIGTERM);
-    if (KVMountTable::read().at(record.payloadDirectory))
+    if (KVMountTable::current().at(record.payloadDirectory))
         unmountPath(record.payloadDirectory, true);
 }
 
@@ -275,3 +265,5 @@ QString KVFuseDataPath::livePayload(const KVAttachment &record) const
 {
     return record.payloadPath();
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVDataPath.h"
 
+namespace kvlinux {
+
 // The userspace data path: imagefs decrypts the payload in a FUSE mount, and
 // the ext4 inside is mounted from there, by the kernel through a loop device
 // when we are root, and by fuse2fs otherwise (an ordinary user may mount FUSE
@@ -37,3 +39,5 @@ private:
     QString m_imagefs;
     Driver m_driver;
 };
+
+} // namespace kvlinux

@@ -11,6 +11,8 @@
 
 #include <memory>
 
+namespace kvlinux {
+
 KVHdiutil::KVHdiutil(KVToolEnvironment environment)
     : m_environment(std::move(environment))
 {
@@ -49,3 +51,5 @@ int KVHdiutil::run(const QStringList &arguments)
     }
     return command->run(parsed);
 }
+
+} // namespace kvlinux

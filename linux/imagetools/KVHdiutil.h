@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+namespace kvlinux {
+
 // Korvelle's hdiutil for Linux: answers the application's command lines.
 class KVHdiutil
 {
@@ -16,3 +18,5 @@ public:
 private:
     KVToolEnvironment m_environment;
 };
+
+} // namespace kvlinux

@@ -1,5 +1,7 @@
 #include "KVHdiutilArguments.h"
 
+namespace kvlinux {
+
 namespace {
 
 const QSet<QString> passwordSwitches = {QStringLiteral("-stdinpass"), QStringLiteral("-oldstdinpass"),
@@ -39,3 +41,5 @@ KVHdiutilArguments KVHdiutilArguments::parse(const QStringList &arguments)
     }
     return parsed;
 }
+
+} // namespace kvlinux

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace kvlinux {
+
 // One hdiutil command line: the verb, its switches, its options with a value
 // and its operands. The password switches (-stdinpass, -oldstdinpass,
 // -newstdinpass) may stand anywhere, even between an option and its value:
@@ -30,3 +32,5 @@ private:
     QStringList m_operands;
     QString m_incomplete;
 };
+
+} // namespace kvlinux

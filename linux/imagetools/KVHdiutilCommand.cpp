@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+namespace kvlinux {
+
 namespace {
 
 constexpr size_t maxPasswordBytes = 64 * 1024;
@@ -82,3 +84,5 @@ KVImageResult KVHdiutilCommand::unlock(const KVLuksImage &image, KVSecureBytes &
         return KVImageError(KVImageError::Authentication);
     return image.unlock(*password, volumeKey);
 }
+
+} // namespace kvlinux

@@ -12,6 +12,8 @@
 #include <optional>
 #include <unistd.h>
 
+namespace kvlinux {
+
 class KVLuksImage;
 class KVSecureBytes;
 
@@ -56,3 +58,5 @@ private:
     std::optional<KVAttachmentRegistry> m_registry;
     std::unique_ptr<KVDataPath> m_dataPath;
 };
+
+} // namespace kvlinux

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+namespace kvlinux {
+
 namespace {
 
 // hdiutil's own wording where it differs from Linux's strerror().
@@ -40,3 +42,5 @@ KVImageError KVImageError::fromErrno(int linuxErrno)
     default: return KVImageError(linuxErrno, reasonFor(linuxErrno));
     }
 }
+
+} // namespace kvlinux

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace kvlinux {
+
 // A failure as hdiutil reports it: a number in the macOS errno space (the one
 // the application's texts use: 80 authentication, 35 resource temporarily
 // unavailable, 112 no mountable file systems...) and hdiutil's text for it.
@@ -40,3 +42,5 @@ private:
 };
 
 using KVImageResult = std::optional<KVImageError>;
+
+} // namespace kvlinux

@@ -1,9 +1,11 @@
 #include "KVInfoCommand.h"
 
-#include "KVPropertyList.h"
+#include "tools/KVPropertyList.h"
 #include "KVSystemEntities.h"
 
 #include <QVariantMap>
+
+namespace kvlinux {
 
 int KVInfoCommand::run(const KVHdiutilArguments &arguments)
 {
@@ -27,7 +29,7 @@ int KVInfoCommand::run(const KVHdiutilArguments &arguments)
             images.append(imageDictionary(entry));
         info.insert(QStringLiteral("images"), images);
     }
-    m_out.data(KVPropertyList::toXml(info));
+    m_out.data(KVPropertyList::encodeXml(info));
     return 0;
 }
 
@@ -70,3 +72,5 @@ void KVInfoCommand::printText(const QList<KVAttachedImages::Entry> &entries) con
                        + entity.mountPoint);
     }
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 // hdiutil info [-plist]: the images attached now.
 class KVInfoCommand : public KVHdiutilCommand
 {
@@ -16,3 +18,5 @@ private:
     QVariantMap imageDictionary(const KVAttachedImages::Entry &entry) const;
     void printText(const QList<KVAttachedImages::Entry> &entries) const;
 };
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include <libcryptsetup.h>
 
+namespace kvlinux {
+
 int KVKeyDerivation::applyTo(crypt_device *cd) const
 {
     if (!m_cheap)
@@ -11,3 +13,5 @@ int KVKeyDerivation::applyTo(crypt_device *cd) const
     };
     return crypt_set_pbkdf_type(cd, &cheap);
 }
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 struct crypt_device;
 
+namespace kvlinux {
+
 // How the keyslots we write derive their keys from a password. Real images
 // use libcryptsetup's defaults (Argon2id, benchmarked to about two seconds
 // and up to a large share of memory). The test build of the tools uses a
@@ -20,3 +22,5 @@ private:
 
     bool m_cheap;
 };
+
+} // namespace kvlinux

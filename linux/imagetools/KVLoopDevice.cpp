@@ -10,6 +10,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 constexpr int attempts = 20; // other programs race us for free devices
@@ -96,3 +98,5 @@ void KVLoopDevice::detach(const QString &device)
         close(fd);
     }
 }
+
+} // namespace kvlinux

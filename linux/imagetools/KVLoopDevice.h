@@ -4,6 +4,8 @@
 
 #include <QString>
 
+namespace kvlinux {
+
 // A loop device over a payload file, configured in one step (LOOP_CONFIGURE):
 // 4096-byte blocks, direct I/O (no second page cache) and autoclear, so the
 // device disappears by itself when its last user (the mounted file system)
@@ -29,3 +31,5 @@ private:
     int m_fd = -1;
     QString m_path;
 };
+
+} // namespace kvlinux

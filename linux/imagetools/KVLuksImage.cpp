@@ -12,6 +12,8 @@
 #include <openssl/rand.h>
 #include <sys/stat.h>
 
+namespace kvlinux {
+
 namespace {
 
 const QString volumeNameToken = QStringLiteral("korvelle-volume");
@@ -202,3 +204,5 @@ KVSecureBytes KVLuksImage::newVolumeKey(int size)
         return KVSecureBytes();
     return key;
 }
+
+} // namespace kvlinux

@@ -6,8 +6,11 @@
 #include <QList>
 #include <QString>
 
-class KVSecureBytes;
 struct crypt_device;
+
+namespace kvlinux {
+
+class KVSecureBytes;
 
 // Where the payload of an image lies and how it is encrypted.
 struct KVImageGeometry
@@ -70,3 +73,5 @@ private:
     QString m_path;
     crypt_device *m_cd = nullptr;
 };
+
+} // namespace kvlinux

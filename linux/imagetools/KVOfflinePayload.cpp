@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+namespace kvlinux {
+
 KVOfflinePayload::KVOfflinePayload(const KVAttachmentRegistry &registry, QString imagefs)
     : m_registry(registry), m_imagefs(std::move(imagefs))
 {
@@ -46,3 +48,5 @@ KVImageResult KVOfflinePayload::close()
     m_directory.clear();
     return error;
 }
+
+} // namespace kvlinux

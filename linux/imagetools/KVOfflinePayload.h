@@ -3,6 +3,8 @@
 #include "KVImageError.h"
 #include "KVPayloadSession.h"
 
+namespace kvlinux {
+
 class KVAttachmentRegistry;
 class KVLuksImage;
 class KVSecureBytes;
@@ -30,3 +32,5 @@ private:
     QString m_directory;
     KVPayloadSession m_session;
 };
+
+} // namespace kvlinux

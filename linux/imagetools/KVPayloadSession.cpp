@@ -16,6 +16,8 @@
 
 extern char **environ;
 
+namespace kvlinux {
+
 namespace {
 
 constexpr int controlFdInChild = 3;
@@ -159,3 +161,5 @@ void KVPayloadSession::reap()
     }
     m_pid = 0;
 }
+
+} // namespace kvlinux

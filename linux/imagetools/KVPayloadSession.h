@@ -6,6 +6,8 @@
 
 #include <QString>
 
+namespace kvlinux {
+
 class KVSecureBytes;
 
 // One run of imagefs, the daemon that serves an image's decrypted payload as
@@ -53,3 +55,5 @@ private:
     KVProcessIdentity m_daemon;
     QString m_directory;
 };
+
+} // namespace kvlinux

@@ -8,6 +8,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 struct ProcessStat
@@ -83,3 +85,5 @@ KVProcessIdentity KVProcessIdentity::fromJson(const QJsonObject &json)
     return KVProcessIdentity(pid_t(json.value(QStringLiteral("pid")).toInteger()),
                              json.value(QStringLiteral("start")).toString().toULongLong());
 }
+
+} // namespace kvlinux

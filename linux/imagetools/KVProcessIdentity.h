@@ -4,6 +4,8 @@
 
 #include <sys/types.h>
 
+namespace kvlinux {
+
 // A process named by its id and its start time, so that a recorded id that
 // the system has since given to another process is not mistaken for ours.
 class KVProcessIdentity
@@ -31,3 +33,5 @@ private:
     pid_t m_pid = 0;
     quint64 m_startTime = 0;
 };
+
+} // namespace kvlinux

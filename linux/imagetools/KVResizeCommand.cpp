@@ -3,9 +3,9 @@
 #include "KVCreateCommand.h"
 #include "KVExt4.h"
 #include "KVLuksImage.h"
-#include "KVMountTable.h"
+#include "platform/KVMountTable.h"
 #include "KVOfflinePayload.h"
-#include "KVPropertyList.h"
+#include "tools/KVPropertyList.h"
 #include "KVSecureBytes.h"
 #include "KVSizeArgument.h"
 #include "KVSystemEntities.h"
@@ -17,6 +17,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace kvlinux {
 
 namespace {
 
@@ -132,7 +134,7 @@ void KVResizeCommand::printLimits(const Limits &limits, bool plist) const
         {QStringLiteral("min-size"), limits.minimum / sector},
         {QStringLiteral("subcontent-list"), QVariantList{volume}},
     };
-    m_out.data(KVPropertyList::toXml(result));
+    m_out.data(KVPropertyList::encodeXml(result));
 }
 
 KVImageResult KVResizeCommand::resize(const QString &imagePath, quint64 newSize)
@@ -213,3 +215,5 @@ KVImageResult KVResizeCommand::ensureRoomFor(const QString &payload, quint64 blo
         return KVImageError(KVImageError::NoMountableFileSystems);
     return blocks < *minimum ? KVImageResult(KVImageError(KVImageError::NoSpace)) : std::nullopt;
 }
+
+} // namespace kvlinux

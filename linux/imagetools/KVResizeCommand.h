@@ -2,6 +2,8 @@
 
 #include "KVHdiutilCommand.h"
 
+namespace kvlinux {
+
 class KVLuksImage;
 
 // hdiutil resize -size -stdinpass 2048m IMAGE   (grow or shrink, detached only)
@@ -32,3 +34,5 @@ private:
     static KVImageResult ensureRoomFor(const QString &payload, quint64 blocks);
     void printLimits(const Limits &limits, bool plist) const;
 };
+
+} // namespace kvlinux

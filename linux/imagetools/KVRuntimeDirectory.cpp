@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 std::optional<QString> KVRuntimeDirectory::locate()
 {
     QString base;
@@ -32,3 +34,5 @@ bool KVRuntimeDirectory::ensurePrivateDirectory(const QString &path)
         return false;
     return (st.st_mode & 077) == 0 || chmod(native.constData(), 0700) == 0;
 }
+
+} // namespace kvlinux

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace kvlinux {
+
 // The per-user directory where the programs keep what is attached now:
 // $XDG_RUNTIME_DIR/korvelle, or where there is none, /run/korvelle for root
 // and /tmp/korvelle-UID for others. It must belong to the user and be closed
@@ -16,3 +18,5 @@ public:
 private:
     static bool ensurePrivateDirectory(const QString &path);
 };
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace kvlinux {
+
 std::optional<quint64> KVSizeArgument::parse(const QString &text)
 {
     QString number = text.trimmed().toLower();
@@ -24,3 +26,5 @@ std::optional<quint64> KVSizeArgument::parse(const QString &text)
         return std::nullopt;
     return quint64(bytes);
 }
+
+} // namespace kvlinux

@@ -8,6 +8,8 @@
 
 extern char **environ;
 
+namespace kvlinux {
+
 pid_t KVSpawn::detached(const QString &program, const QStringList &arguments, const QString &logFile)
 {
     std::vector<QByteArray> args = {QFile::encodeName(program)};
@@ -34,3 +36,5 @@ pid_t KVSpawn::detached(const QString &program, const QStringList &arguments, co
     posix_spawnattr_destroy(&attributes);
     return pid;
 }
+
+} // namespace kvlinux

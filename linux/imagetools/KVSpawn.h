@@ -5,6 +5,8 @@
 
 #include <sys/types.h>
 
+namespace kvlinux {
+
 // Starts a program that must outlive this one without holding its output
 // open: a session of its own, standard streams on /dev/null or a log file.
 class KVSpawn
@@ -14,3 +16,5 @@ public:
     static pid_t detached(const QString &program, const QStringList &arguments,
                           const QString &logFile = QString());
 };
+
+} // namespace kvlinux

@@ -2,6 +2,8 @@
 
 #include <QVariantMap>
 
+namespace kvlinux {
+
 QList<KVSystemEntity> KVSystemEntities::of(const KVAttachment &record, bool mounted)
 {
     KVSystemEntity whole;
@@ -35,3 +37,5 @@ QVariantList KVSystemEntities::toPropertyList(const QList<KVSystemEntity> &entit
     }
     return list;
 }
+
+} // namespace kvlinux

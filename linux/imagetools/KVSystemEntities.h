@@ -5,6 +5,8 @@
 #include <QList>
 #include <QVariantList>
 
+namespace kvlinux {
+
 // The devices of an attached image the way hdiutil presents them: the whole
 // image /dev/diskN with a GUID partition scheme, and its one volume
 // /dev/diskNs1 (a Linux file system partition) with its mount point.
@@ -28,3 +30,5 @@ public:
     // As the "system-entities" array of hdiutil info -plist.
     static QVariantList toPropertyList(const QList<KVSystemEntity> &entities);
 };
+
+} // namespace kvlinux

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <unistd.h>
 
+namespace kvlinux {
+
 void KVToolOutput::write(int fd, const QByteArray &bytes)
 {
     qsizetype done = 0;
@@ -65,3 +67,5 @@ void KVToolOutput::result(const QString &verb, int code, std::initializer_list<i
 {
     error(QStringLiteral("hdiutil: %1: result: %2").arg(verb).arg(unambiguousCode(code, recognised)));
 }
+
+} // namespace kvlinux

@@ -5,6 +5,8 @@
 
 #include <initializer_list>
 
+namespace kvlinux {
+
 // What a tool prints. Lines go out at once, unbuffered, because the
 // application reads "create" line by line while it runs; errors go to
 // standard error (the application reads both through one pipe, in order).
@@ -40,3 +42,5 @@ private:
     bool m_verbose = false;
     bool m_puppetStrings = false;
 };
+
+} // namespace kvlinux

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <sys/stat.h>
 
+namespace kvlinux {
+
 namespace {
 
 constexpr int maxNameBytes = 240; // room for " 99" within NAME_MAX
@@ -37,3 +39,5 @@ QString KVVolumeFolder::create(const QString &root, const QString &volumeName)
     }
     return {};
 }
+
+} // namespace kvlinux

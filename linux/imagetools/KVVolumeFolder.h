@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace kvlinux {
+
 // The folder a volume is mounted on, named after the volume the way macOS
 // names folders in /Volumes: "Name", then "Name 1", "Name 2"... when taken.
 class KVVolumeFolder
@@ -12,3 +14,5 @@ public:
     // The name a volume's folder gets: no slashes, never empty or "."/"..".
     static QString folderName(const QString &volumeName);
 };
+
+} // namespace kvlinux

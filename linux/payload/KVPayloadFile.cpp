@@ -11,6 +11,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 // Full reads and writes: pread/pwrite may return early on a signal or at a
@@ -180,3 +182,5 @@ ssize_t KVPayloadFile::writeChunk(uint64_t offset, const uint8_t *data, size_t l
         sync_file_range(m_fd, off_t(m_dataOffset + first), off_t(span), SYNC_FILE_RANGE_WRITE);
     return ssize_t(length);
 }
+
+} // namespace kvlinux

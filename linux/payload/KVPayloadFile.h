@@ -8,6 +8,8 @@
 
 #include "KVSectorCipher.h"
 
+namespace kvlinux {
+
 // The decrypted view of a LUKS2 image file: payload byte p lives, encrypted, at
 // dataOffset + p of the file. Reads and writes may start and end anywhere;
 // partial sectors are read, decrypted, patched and encrypted again. All I/O
@@ -54,3 +56,5 @@ private:
     // Page aligned, so that the image may be opened with O_DIRECT.
     std::unique_ptr<uint8_t, void (*)(void *)> m_buffer;
 };
+
+} // namespace kvlinux

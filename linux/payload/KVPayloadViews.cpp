@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <unistd.h>
 
+namespace kvlinux {
+
 KVPayloadViews::KVPayloadViews(int imageFd, uint64_t dataOffset, std::unique_ptr<KVSectorCipher> cipher,
                                size_t maxRequest)
     : m_fd(imageFd), m_dataOffset(dataOffset), m_cipher(std::move(cipher)), m_maxRequest(maxRequest)
@@ -43,3 +45,5 @@ int KVPayloadViews::sync() const
 {
     return fdatasync(m_fd) == 0 ? 0 : -errno;
 }
+
+} // namespace kvlinux

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <vector>
 
+namespace kvlinux {
+
 // The views of one image for the threads that serve it: a request borrows a
 // free view for as long as it runs. There are never more views than requests
 // running at once, and each keeps its buffer, so after the first requests
@@ -45,3 +47,5 @@ private:
     std::mutex m_freeLock;
     std::vector<std::unique_ptr<KVPayloadFile>> m_free;
 };
+
+} // namespace kvlinux

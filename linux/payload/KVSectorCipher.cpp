@@ -3,6 +3,8 @@
 #include <cstring>
 #include <openssl/evp.h>
 
+namespace kvlinux {
+
 KVSectorCipher::KVSectorCipher(const uint8_t *key, size_t keySize, size_t sectorSize)
     : m_sectorSize(sectorSize)
 {
@@ -66,3 +68,5 @@ bool KVSectorCipher::run(EVP_CIPHER_CTX *ctx, const uint8_t *in, uint8_t *out, s
     }
     return true;
 }
+
+} // namespace kvlinux

@@ -6,6 +6,8 @@
 
 typedef struct evp_cipher_ctx_st EVP_CIPHER_CTX;
 
+namespace kvlinux {
+
 // AES-XTS over the sectors of a LUKS2 payload, byte for byte what dm-crypt
 // does for "aes-xts-plain64": each sector is one XTS data unit whose tweak is
 // the sector's position counted in 512-byte units (also for 4096-byte
@@ -45,3 +47,5 @@ private:
     size_t m_sectorSize;
     bool m_valid = false;
 };
+
+} // namespace kvlinux

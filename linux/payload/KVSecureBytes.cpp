@@ -7,6 +7,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 namespace {
 
 size_t pageRounded(size_t size)
@@ -128,3 +130,5 @@ bool KVSecureBytes::readAll(int fd, size_t maxSize, KVSecureBytes &out)
         out = std::move(result);
     return ok;
 }
+
+} // namespace kvlinux

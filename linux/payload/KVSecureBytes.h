@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace kvlinux {
+
 // A byte buffer for passwords and volume keys. Its pages are locked into RAM
 // (best effort: the lock limit of an ordinary user may be small) and kept out
 // of core dumps, and every byte is wiped before the memory is given back.
@@ -47,3 +49,5 @@ private:
     size_t m_size = 0;
     size_t m_capacity = 0;
 };
+
+} // namespace kvlinux

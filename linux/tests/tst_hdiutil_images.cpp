@@ -3,7 +3,6 @@
 
 #include "KVImageTestFiles.h"
 #include "KVImageToolHarness.h"
-#include "KVPropertyListReader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -15,6 +14,8 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+using namespace kvlinux;
 
 using namespace KVImageTestFiles;
 

@@ -16,6 +16,8 @@
 #include <memory>
 #include <sys/mount.h>
 
+using namespace kvlinux;
+
 using namespace KVImageTestFiles;
 
 namespace {

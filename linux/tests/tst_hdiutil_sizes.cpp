@@ -2,12 +2,14 @@
 
 #include "KVImageTestFiles.h"
 #include "KVImageToolHarness.h"
-#include "KVPropertyListReader.h"
+#include "tools/KVPropertyList.h"
 
 #include <QFileInfo>
 #include <QTest>
 
 #include <memory>
+
+using namespace kvlinux;
 
 using namespace KVImageTestFiles;
 
@@ -104,8 +106,8 @@ void KVHdiutilSizesTest::limitsGrowAndShrinkKeepTheData()
     // The resize dialog asks for the limits while the image is mounted.
     const auto asked = limits(image);
     QVERIFY2(asked.exitCode == 0, qPrintable(asked.output));
-    const QVariantMap volumeLimits = KVPropertyListReader::read(asked.output.toUtf8())
-                                         .toMap()
+    const QVariantMap volumeLimits = KVPropertyList::decode(asked.output.toUtf8())
+                                         .value_or(QVariant()).toMap()
                                          .value(QStringLiteral("subcontent-list"))
                                          .toList()
                                          .value(0)

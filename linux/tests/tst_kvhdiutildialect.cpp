@@ -3,14 +3,16 @@
 
 #include "KVExt4.h"
 #include "KVHdiutilArguments.h"
-#include "KVMountTable.h"
-#include "KVPropertyList.h"
-#include "KVPropertyListReader.h"
+#include "platform/KVMountTable.h"
+#include "tools/KVPropertyList.h"
+#include "tools/KVPropertyList.h"
 #include "KVSizeArgument.h"
 #include "KVToolOutput.h"
 #include "KVVolumeFolder.h"
 
 #include <QTest>
+
+using namespace kvlinux;
 
 class KVHdiutilDialectTest : public QObject
 {
@@ -115,7 +117,7 @@ void KVHdiutilDialectTest::ambiguousNumbersBecomeInternalErrors()
 
 void KVHdiutilDialectTest::propertyListsUseApplesLayout()
 {
-    const QByteArray xml = KVPropertyList::toXml(QVariantMap{
+    const QByteArray xml = KVPropertyList::encodeXml(QVariantMap{
         {QStringLiteral("b"), QVariantList{true, 7}},
         {QStringLiteral("a"), QStringLiteral("x & <y>")},
     });
@@ -143,7 +145,7 @@ void KVHdiutilDialectTest::propertyListsRoundTrip()
                                                             {QStringLiteral("blockcount"), qint64(1) << 40}}}},
         {QStringLiteral("empty"), QString()},
     };
-    QCOMPARE(KVPropertyListReader::read(KVPropertyList::toXml(value)), QVariant(value));
+    QCOMPARE(KVPropertyList::decode(KVPropertyList::encodeXml(value)).value_or(QVariant()), QVariant(value));
 }
 
 void KVHdiutilDialectTest::mountTableDecodesEscapes()

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace kvlinux;
+
 namespace {
 
 KVSecureBytes secret(const char *text)

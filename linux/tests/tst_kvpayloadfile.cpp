@@ -11,6 +11,8 @@
 #include <openssl/evp.h>
 #include <unistd.h>
 
+using namespace kvlinux;
+
 namespace {
 
 constexpr uint64_t dataOffset = 64 * 1024;

@@ -4,6 +4,7 @@
 #include <QHash>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -43,7 +44,14 @@ KVMountTable KVMountTable::parse(QByteArrayView mountinfo)
         const int id = fields[0].toInt(&isNumber);
         if (!isNumber)
             continue;
-        table.m_mounts.append({id, fields[2], decodePath(fields[4])});
+        KVMount mount{id, fields[2], decodePath(fields[4]), {}, {}};
+        // Optional fields come between the mount options and " - ".
+        const qsizetype separator = fields.indexOf("-", 6);
+        if (separator > 0 && separator + 2 < fields.size()) {
+            mount.fileSystemType = decodePath(fields[separator + 1]);
+            mount.source = decodePath(fields[separator + 2]);
+        }
+        table.m_mounts.append(mount);
     }
     return table;
 }
@@ -65,6 +73,24 @@ std::optional<KVMountTable> KVMountTable::read(int fd)
         contents.append(buffer, n);
     }
     return parse(contents);
+}
+
+KVMountTable KVMountTable::current()
+{
+    const int fd = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    std::optional<KVMountTable> table = read(fd);
+    close(fd);
+    return table.value_or(KVMountTable());
+}
+
+std::optional<KVMount> KVMountTable::at(const QString &mountPoint) const
+{
+    for (auto it = m_mounts.crbegin(); it != m_mounts.crend(); ++it)
+        if (it->mountPoint == mountPoint)
+            return *it;
+    return std::nullopt;
 }
 
 QList<KVMountChange> KVMountTable::changesSince(const KVMountTable &before) const

@@ -12,6 +12,8 @@ struct KVMount
     int id = 0;          // unique while mounted; a moved mount keeps it
     QByteArray device;   // "major:minor"
     QString mountPoint;
+    QString fileSystemType; // "ext4", "fuse.fuse2fs"...; after the " - " separator
+    QString source;         // "/dev/loop3", or what a FUSE file system calls itself
 };
 
 // What happened to one mount between two readings of the table.
@@ -34,6 +36,12 @@ public:
     static KVMountTable parse(QByteArrayView mountinfo);
     // Reads the table afresh from an open mountinfo file; nothing if it cannot.
     static std::optional<KVMountTable> read(int fd);
+    // The table as it is now; empty if /proc/self/mountinfo cannot be read.
+    static KVMountTable current();
+
+    // The mount at mountPoint that is visible there: a later mount over the
+    // same folder hides the earlier one.
+    std::optional<KVMount> at(const QString &mountPoint) const;
 
     const QList<KVMount> &mounts() const { return m_mounts; }
 

@@ -25,7 +25,7 @@ class TestKVLinuxImages : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const QString unavailable = KVImageToolHarness::kernelPathUnavailable();
+        const QString unavailable = kvlinux::KVImageToolHarness::kernelPathUnavailable();
         if (!unavailable.isEmpty())
             QSKIP(qPrintable(QStringLiteral("real images cannot be mounted here: ") + unavailable));
         QStandardPaths::setTestModeEnabled(true);
@@ -35,7 +35,7 @@ private Q_SLOTS:
 
     void createdImageShowsUnderMounted()
     {
-        KVImageToolHarness harness;
+        kvlinux::KVImageToolHarness harness;
         QVERIFY(harness.isValid());
         // The tools keep what is attached in the runtime directory they are given.
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(harness.runtimeDirectory()));

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace kvlinux {
+
 // Small file and listing helpers shared by the image tests.
 namespace KVImageTestFiles {
 
@@ -62,3 +64,5 @@ inline QString wholeDisk(const QVariantMap &image)
 }
 
 } // namespace KVImageTestFiles
+
+} // namespace kvlinux

@@ -1,6 +1,6 @@
 #include "KVImageToolHarness.h"
 
-#include "KVPropertyListReader.h"
+#include "tools/KVPropertyList.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +13,8 @@
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <unistd.h>
+
+namespace kvlinux {
 
 namespace {
 
@@ -231,16 +233,16 @@ KVImageToolHarness::Run KVImageToolHarness::detach(const QString &device, bool f
 
 QVariantMap KVImageToolHarness::info() const
 {
-    return KVPropertyListReader::read(
+    return KVPropertyList::decode(
                hdiutil({QStringLiteral("info"), QStringLiteral("-plist")}).output.toUtf8())
-        .toMap();
+        .value_or(QVariant()).toMap();
 }
 
 QVariantMap KVImageToolHarness::diskutilInfo(const QString &mountPoint) const
 {
-    return KVPropertyListReader::read(
+    return KVPropertyList::decode(
                diskutil({QStringLiteral("info"), QStringLiteral("-plist"), mountPoint}).output.toUtf8())
-        .toMap();
+        .value_or(QVariant()).toMap();
 }
 
 QString KVImageToolHarness::onlyMountPoint() const
@@ -272,3 +274,5 @@ void KVImageToolHarness::cleanUp() const
     }
     removeEverythingUnder(m_root);
 }
+
+} // namespace kvlinux

@@ -7,6 +7,8 @@
 
 #include <sys/types.h>
 
+namespace kvlinux {
+
 // Runs the test build of the tools (cheap key derivation) in a private work
 // folder with a runtime directory of its own, so that tests running side by
 // side never see each other's images, and clears away everything the tools
@@ -70,3 +72,5 @@ private:
     gid_t m_group;
     bool m_valid = false;
 };
+
+} // namespace kvlinux
