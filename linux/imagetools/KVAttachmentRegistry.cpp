@@ -114,6 +114,10 @@ bool KVAttachmentRegistry::save(const KVAttachment &record) const
 
 void KVAttachmentRegistry::remove(const KVAttachment &record) const
 {
+    // The volume's folder goes with its record (an attach killed after making
+    // it leaves it empty); rmdir refuses a folder that is in use or not empty.
+    if (record.createdMountPoint && !record.mountPoint.isEmpty())
+        QDir().rmdir(record.mountPoint);
     QDir().rmdir(payloadDirectory(record.number));
     QFile::remove(recordPath(record.number));
 }

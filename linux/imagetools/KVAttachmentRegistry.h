@@ -36,7 +36,8 @@ public:
     // with the payload directory created. The caller holds the lock.
     std::optional<KVAttachment> reserve() const;
     bool save(const KVAttachment &record) const;
-    // Removes the record and its payload directory (when nothing is mounted there).
+    // Removes the record, its payload directory and the volume folder it made
+    // (each only when empty and nothing is mounted there).
     void remove(const KVAttachment &record) const;
 
     // A fresh private directory for a payload that is served only while one

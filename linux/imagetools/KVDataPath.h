@@ -43,10 +43,13 @@ public:
     virtual KVImageResult attach(const KVAttachRequest &request, const KVSecureBytes &volumeKey,
                                  KVAttachment &record, const KVAttachmentRegistry &registry) = 0;
     // Unmounts the volume; Busy when files on it are open and force is off.
-    // With force, open files keep what is left alive until they are closed.
+    // With force, the volume is written back and detached from the folder
+    // even while files on it are open.
     virtual KVImageResult unmount(const KVAttachment &record, bool force) = 0;
     // Takes down what is left after the unmount and waits until the volume
-    // key is gone from memory (unless force said not to wait for open files).
+    // key is gone from memory and the image is free. With force, files still
+    // open on the volume lose it (their I/O fails) rather than keep the
+    // image attached.
     virtual KVImageResult eject(const KVAttachment &record, bool force) = 0;
 
     virtual Health inspect(const KVAttachment &record, const KVMountTable &mounts) const = 0;

@@ -30,6 +30,7 @@ const QString fuse2fsName = QStringLiteral("fuse+fuse2fs");
 constexpr int mountTimeoutMs = 30000;
 constexpr int ejectTimeoutMs = 60000;
 constexpr int forcedEjectTimeoutMs = 2000;
+constexpr int revokeTimeoutMs = 20000;
 
 // Waits until a mount shows up at folder or the process serving it ends.
 bool waitForMount(const QString &folder, const KVProcessIdentity &server)
@@ -207,7 +208,21 @@ KVImageResult KVFuseDataPath::unmount(const KVAttachment &record, bool force)
 {
     if (!isVolumeMounted(record, KVMountTable::current()))
         return std::nullopt;
+    // A forced unmount detaches the volume while files on it are open, and
+    // eject() then takes the volume away from them: what they wrote must be
+    // on the image before that.
+    if (force)
+        syncFileSystem(record.mountPoint);
     return unmountPath(record.mountPoint, force);
+}
+
+void KVFuseDataPath::syncFileSystem(const QString &mountPoint)
+{
+    const int fd = open(QFile::encodeName(mountPoint).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        syncfs(fd);
+        close(fd);
+    }
 }
 
 KVImageResult KVFuseDataPath::eject(const KVAttachment &record, bool force)
@@ -220,9 +235,34 @@ KVImageResult KVFuseDataPath::eject(const KVAttachment &record, bool force)
         removeLeftovers(record);
         return std::nullopt;
     }
-    if (force)
-        return std::nullopt; // open files keep it alive; it goes when they close
-    return KVImageError(KVImageError::Busy);
+    if (!force)
+        return KVImageError(KVImageError::Busy);
+    // Files on the detached volume are still open. A forced eject ends the
+    // attachment anyway, as it does on macOS: their I/O fails from now on.
+    revoke(record);
+    if (!record.daemon.waitForExit(revokeTimeoutMs))
+        return KVImageError(KVImageError::Busy);
+    removeLeftovers(record);
+    return std::nullopt;
+}
+
+// Ends the processes that serve the volume although it is still in use.
+// fuse2fs writes its file system back and exits; the daemon then wipes the
+// key, lets go of the image and closes its FUSE connection, after which
+// every request still on the way to the payload fails. What remains is a
+// detached file system on a loop device whose file is dead; both vanish by
+// themselves when the last file on them is closed. Nothing of it holds the
+// image, so it can be attached again at once.
+void KVFuseDataPath::revoke(const KVAttachment &record)
+{
+    if (record.fuse2fs.isAlive()) {
+        record.fuse2fs.terminate();
+        record.fuse2fs.waitForExit(revokeTimeoutMs);
+    }
+    if (record.daemon.waitForExit(forcedEjectTimeoutMs))
+        return;
+    unmountPath(record.payloadDirectory, true);
+    record.daemon.terminate();
 }
 
 // What a crash can leave behind: a FUSE mount without its daemon, a loop

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <optional>
+#include <csignal>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -72,6 +73,18 @@ bool KVProcessIdentity::waitForExit(int timeoutMs) const
     }
     close(pidfd);
     return gone;
+}
+
+void KVProcessIdentity::terminate() const
+{
+    // Through a pidfd opened before the identity check, the signal cannot
+    // reach another process that was given the same id in between.
+    const int pidfd = int(syscall(SYS_pidfd_open, m_pid, 0));
+    if (pidfd < 0)
+        return;
+    if (isAlive())
+        syscall(SYS_pidfd_send_signal, pidfd, SIGTERM, nullptr, 0);
+    close(pidfd);
 }
 
 QJsonObject KVProcessIdentity::toJson() const

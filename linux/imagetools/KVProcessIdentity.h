@@ -21,6 +21,8 @@ public:
     bool isAlive() const;
     // Waits until the process has gone; false on timeout.
     bool waitForExit(int timeoutMs) const;
+    // Asks the process to end (SIGTERM), if it is still this process.
+    void terminate() const;
 
     QJsonObject toJson() const;
     static KVProcessIdentity fromJson(const QJsonObject &json);

@@ -265,16 +265,30 @@ void KVHdiutilImagesTest::busyVolumeDetachesOnlyWhenForced()
     QVERIFY(!refused.has(QStringLiteral("unmounted.")));
     QCOMPARE(h->onlyMountPoint(), mountPoint);
 
+    // A real process whose working folder is on the volume.
+    QProcess resident;
+    resident.setWorkingDirectory(mountPoint);
+    resident.start(QStringLiteral("sleep"), {QStringLiteral("600")});
+    QVERIFY(resident.waitForStarted());
+
     const auto forced = h->detach(disk, true);
     QCOMPARE(forced.exitCode, 0);
     QVERIFY(forced.has(QStringLiteral("unmounted.")) && forced.has(QStringLiteral("ejected.")));
     QVERIFY(!h->info().contains(QStringLiteral("images")));
-    // The open file keeps what is left alive until it is closed; then the
-    // loop device clears and the daemon ends.
-    held.reset();
-    QTRY_COMPARE_WITH_TIMEOUT(h->leftovers(), QStringList(), 20000);
+    // The attachment has ended although the file and the folder are still in
+    // use: no daemon, no FUSE mount, no volume folder; only the detached loop
+    // device stays until its last user lets go. The image is free again, and
+    // what was written before the detach is on it.
+    for (const QString &left : h->leftovers())
+        QVERIFY2(left.startsWith(QLatin1String("/dev/loop")), qPrintable(left));
     QCOMPARE(h->attach(image, password).exitCode, 0);
     QCOMPARE(readFile(h->onlyMountPoint() + QStringLiteral("/open.txt")), QByteArray("still here"));
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
+
+    held.reset();
+    resident.kill();
+    resident.waitForFinished();
+    QTRY_COMPARE_WITH_TIMEOUT(h->leftovers(), QStringList(), 20000);
 }
 
 void KVHdiutilImagesTest::badInputGivesTheToolsFailureForms()

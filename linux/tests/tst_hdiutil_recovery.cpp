@@ -155,7 +155,8 @@ void KVHdiutilRecoveryTest::recordsThatDescribeNothingAreDropped()
     QVERIFY(boot.open(QIODevice::ReadOnly));
     const QString bootId = QString::fromLatin1(boot.readAll().trimmed());
 
-    // One from an earlier boot, one whose daemon and mount are gone.
+    // One from an earlier boot, one whose daemon and mount are gone, and one
+    // of an attach killed after it made the volume's folder.
     const QJsonObject stale{{QStringLiteral("number"), 7}, {QStringLiteral("stage"), QStringLiteral("attached")},
                             {QStringLiteral("bootId"), QStringLiteral("an-earlier-boot")},
                             {QStringLiteral("mountPoint"), h->mountRoot()}};
@@ -163,12 +164,22 @@ void KVHdiutilRecoveryTest::recordsThatDescribeNothingAreDropped()
     vanished[QStringLiteral("number")] = 8;
     vanished[QStringLiteral("bootId")] = bootId;
     vanished[QStringLiteral("daemon")] = QJsonObject{{QStringLiteral("pid"), 999999}, {QStringLiteral("start"), QStringLiteral("1")}};
-    for (const QJsonObject &record : {stale, vanished})
+    QJsonObject killed = vanished;
+    killed[QStringLiteral("number")] = 9;
+    killed[QStringLiteral("stage")] = QStringLiteral("attaching");
+    killed[QStringLiteral("tool")] = QJsonObject{{QStringLiteral("pid"), 999998}, {QStringLiteral("start"), QStringLiteral("1")}};
+    killed[QStringLiteral("mountPoint")] = QString(h->mountRoot() + QStringLiteral("/Killed"));
+    killed[QStringLiteral("createdMountPoint")] = true;
+    QVERIFY(QDir().mkdir(h->mountRoot() + QStringLiteral("/Killed")));
+    QVERIFY(QDir().mkdir(h->mountRoot() + QStringLiteral("/Not ours")));
+    for (const QJsonObject &record : {stale, vanished, killed})
         QVERIFY(writeFile(records + QStringLiteral("/disk%1.json").arg(record.value(QStringLiteral("number")).toInt()),
                           QJsonDocument(record).toJson()));
 
     QVERIFY(!h->info().contains(QStringLiteral("images")));
     QCOMPARE(QDir(records).entryList({QStringLiteral("*.json")}), QStringList());
+    // The records' own folders go with them; a folder that no record made stays.
+    QCOMPARE(h->leftovers(), QStringList{h->mountRoot() + QStringLiteral("/Not ours")});
     QVERIFY(h->detach(QStringLiteral("disk7")).has(QStringLiteral("hdiutil: detach: result: 2")));
 }
 

@@ -165,6 +165,12 @@ void KVHdiutilUnprivilegedTest::userVolumeDetachesOnlyWhenForced()
     QVERIFY(!h->onlyMountPoint().isEmpty());
     const auto forced = h->detach(disk, true);
     QVERIFY2(forced.has(QStringLiteral("unmounted.")) && forced.has(QStringLiteral("ejected.")), qPrintable(forced.output));
+    // The sitting process has lost the volume: fuse2fs and the daemon are
+    // gone, nothing is listed, and the image can be attached again at once.
+    QCOMPARE(h->leftovers(), QStringList());
+    QVERIFY(!h->info().contains(QStringLiteral("images")));
+    QCOMPARE(h->attach(h->path(QStringLiteral("Held.sparseimage")), password).exitCode, 0);
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
 
     holder.kill();
     holder.waitForFinished();

@@ -3,6 +3,7 @@
 #include "tools/KVPropertyList.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFile>
 #include <QProcess>
 
@@ -48,6 +49,17 @@ QStringList loopDevicesUnder(const QString &root)
             && QString::fromUtf8(backing.readAll()).trimmed().startsWith(root + QLatin1Char('/')))
             found.append(QStringLiteral("/dev/") + name);
     }
+    return found;
+}
+
+// Folders the tools make and remove again: volume folders in the mount root,
+// payload and session directories in the runtime directory.
+QStringList foldersIn(const QStringList &directories)
+{
+    QStringList found;
+    for (const QString &directory : directories)
+        for (const QFileInfo &folder : QDir(directory).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden))
+            found.append(folder.filePath());
     return found;
 }
 
@@ -260,6 +272,9 @@ QString KVImageToolHarness::onlyMountPoint() const
 QStringList KVImageToolHarness::leftovers() const
 {
     QStringList found = mountPointsUnder(m_root) + loopDevicesUnder(m_root);
+    for (const QString &folder : foldersIn({mountRoot(), runtimeDirectory() + QStringLiteral("/korvelle")}))
+        if (!found.contains(folder))
+            found.append(folder);
     for (pid_t pid : processesUsing(m_root))
         found.append(QStringLiteral("process %1").arg(pid));
     return found;

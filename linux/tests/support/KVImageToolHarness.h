@@ -58,7 +58,8 @@ public:
     // The mount point of the only attached image, or empty.
     QString onlyMountPoint() const;
 
-    // Mounts, loop devices and processes that still refer to the work folder.
+    // Mounts, loop devices and processes that still refer to the work folder,
+    // and folders left in the mount root or the records' directory.
     QStringList leftovers() const;
     // Detaches everything and removes by force whatever is still left.
     void cleanUp() const;
