@@ -6,6 +6,7 @@
 #include "KVOfflinePayload.h"
 #include "KVSecureBytes.h"
 #include "KVSizeArgument.h"
+#include "KVVolumeName.h"
 
 #include <QDir>
 #include <QFile>
@@ -151,9 +152,9 @@ std::optional<KVImageError> KVCreateCommand::validate(const KVHdiutilArguments &
     if (!size)
         return KVImageError(KVImageError::InvalidArgument);
     request.payloadSize = std::max(*size / sectorSize * sectorSize, minimumPayload);
-    request.volumeName = arguments.hasValue(QStringLiteral("-volname"))
-        ? arguments.value(QStringLiteral("-volname"))
-        : QFileInfo(target).completeBaseName();
+    request.volumeName = KVVolumeName::sanitized(arguments.hasValue(QStringLiteral("-volname"))
+                                                     ? arguments.value(QStringLiteral("-volname"))
+                                                     : QFileInfo(target).completeBaseName());
 
     if (!QFileInfo(QFileInfo(target).absolutePath()).isDir())
         return KVImageError(KVImageError::NoSuchFile);

@@ -1,6 +1,7 @@
 #include "KVExt4.h"
 
 #include "KVExternalCommand.h"
+#include "KVVolumeName.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -54,7 +55,7 @@ std::optional<KVExt4::Superblock> KVExt4::readSuperblock(const QString &payload)
         s.blockCount |= quint64(le32(sb, 0x150)) << 32;
     }
     s.uuid = QUuid::fromRfc4122(sb.mid(0x68, 16)).toString(QUuid::WithoutBraces).toUpper();
-    s.label = QString::fromUtf8(sb.mid(0x78, labelBytes).split('\0').first());
+    s.label = KVVolumeName::fromUtf8(sb.mid(0x78, labelBytes));
     s.needsRecovery = incompat & incompatRecover;
     return s;
 }

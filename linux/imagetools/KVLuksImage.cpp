@@ -1,6 +1,7 @@
 #include "KVLuksImage.h"
 
 #include "KVSecureBytes.h"
+#include "KVVolumeName.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -192,9 +193,9 @@ QString KVLuksImage::volumeName() const
             continue;
         const QJsonObject token = QJsonDocument::fromJson(QByteArray(json)).object();
         if (token.value(QStringLiteral("type")).toString() == volumeNameToken)
-            return token.value(QStringLiteral("volume_name")).toString();
+            return KVVolumeName::sanitized(token.value(QStringLiteral("volume_name")).toString());
     }
-    return QString::fromUtf8(crypt_get_label(m_cd));
+    return KVVolumeName::fromUtf8(crypt_get_label(m_cd));
 }
 
 KVSecureBytes KVLuksImage::newVolumeKey(int size)

@@ -5,8 +5,12 @@
 
 namespace kvlinux {
 
-void KVToolOutput::write(int fd, const QByteArray &bytes)
+void KVToolOutput::write(int fd, const QByteArray &text)
 {
+    // Readers of these texts take them for C strings (libplist asserts on a
+    // NUL inside one): whatever slipped through, a NUL is never printed.
+    QByteArray bytes = text;
+    bytes.replace('\0', QByteArray());
     qsizetype done = 0;
     while (done < bytes.size()) {
         const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <libcryptsetup.h>
+
 using namespace kvlinux;
 
 namespace {
@@ -33,6 +35,9 @@ private Q_SLOTS:
     void changedPasswordKeepsTheVolumeKey();
     void erasedKeysOpenWithNothing();
     void fullVolumeNameSurvivesTheShortLabel();
+    void namesFromTheHeaderAreOneSafeLine_data();
+    void namesFromTheHeaderAreOneSafeLine();
+    void labelThatIsNotUtf8IsShownReplaced();
     void filesThatAreNoImagesAreRecognisedAsSuch();
 
 private:
@@ -151,6 +156,50 @@ void KVLuksImageTest::filesThatAreNoImagesAreRecognisedAsSuch()
     const auto error = notAnImage.load();
     QCOMPARE(error->code(), int(KVImageError::ImageNotRecognized));
     QCOMPARE(error->reason(), QStringLiteral("image not recognized"));
+}
+
+// A crafted header can say anything in its name token; what the tools keep
+// and print is one line of text without NUL, of a bounded length.
+void KVLuksImageTest::namesFromTheHeaderAreOneSafeLine_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("NUL ends the name") << QString::fromUtf8("Evil\0hidden", 11) << QStringLiteral("Evil");
+    QTest::newRow("newlines and tabs") << QStringLiteral("Two\nLines\tTab\r") << QStringLiteral("Two Lines Tab");
+    QTest::newRow("4,000 characters") << QString(4000, QLatin1Char('x')) << QString(255, QLatin1Char('x'));
+    QTest::newRow("no character cut in two")
+        << QString(254, QLatin1Char('x')) + QStringLiteral("\U0001F600") << QString(254, QLatin1Char('x'));
+    QTest::newRow("override dropped") << QStringLiteral("abc\u202Egnp.exe") << QStringLiteral("abcgnp.exe");
+    QTest::newRow("isolate dropped") << QStringLiteral("\u2067Name\u2069") << QStringLiteral("Name");
+    QTest::newRow("right-to-left mark kept") << QStringLiteral("\u200F\u05E9\u05DC\u05D5\u05DD")
+                                             << QStringLiteral("\u200F\u05E9\u05DC\u05D5\u05DD");
+    QTest::newRow("lone surrogate") << QString(QChar(0xD800)) + QStringLiteral("x") << QStringLiteral("\uFFFDx");
+    QTest::newRow("escape sequence") << QStringLiteral("\x1B[31mRed") << QStringLiteral("[31mRed");
+}
+
+void KVLuksImageTest::namesFromTheHeaderAreOneSafeLine()
+{
+    QFETCH(QString, stored);
+    QFETCH(QString, shown);
+    const QString path = makeImage(64, stored);
+    QVERIFY(!path.isEmpty());
+    KVLuksImage image(path);
+    QVERIFY(!image.load());
+    QCOMPARE(image.volumeName(), shown);
+}
+
+void KVLuksImageTest::labelThatIsNotUtf8IsShownReplaced()
+{
+    const QString path = makeImage(64, QString());
+    QVERIFY(!path.isEmpty());
+    crypt_device *cd = nullptr;
+    QCOMPARE(crypt_init(&cd, QFile::encodeName(path).constData()), 0);
+    QCOMPARE(crypt_load(cd, CRYPT_LUKS2, nullptr), 0);
+    QCOMPARE(crypt_set_label(cd, "Bad\xff\xfe\nname", nullptr), 0);
+    crypt_free(cd);
+    KVLuksImage image(path);
+    QVERIFY(!image.load());
+    QCOMPARE(image.volumeName(), QStringLiteral("Bad\uFFFD\uFFFD name"));
 }
 
 QTEST_GUILESS_MAIN(KVLuksImageTest)
