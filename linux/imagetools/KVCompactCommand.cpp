@@ -73,8 +73,9 @@ KVImageResult KVCompactCommand::compact(const QString &imagePath, Outcome &outco
         if (auto error = KVExt4::check(payload.path(), false))
             return error;
         const auto superblock = KVExt4::readSuperblock(payload.path());
-        free = KVExt4::freeExtents(payload.path());
-        if (!superblock || !free)
+        if (superblock)
+            free = KVExt4::freeExtents(payload.path(), superblock->blockCount);
+        if (!free)
             return KVImageError(KVImageError::NoMountableFileSystems);
         blockSize = superblock->blockSize;
         if (auto error = payload.close())

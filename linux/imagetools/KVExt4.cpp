@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 
 namespace kvlinux {
 
@@ -42,18 +43,34 @@ std::optional<KVExt4::Superblock> KVExt4::readSuperblock(const QString &payload)
     QFile file(payload);
     if (!file.open(QIODevice::ReadOnly) || !file.seek(superblockOffset))
         return std::nullopt;
-    const QByteArray sb = file.read(1024);
+    const auto superblock = parseSuperblock(file.read(1024));
+    // A file system larger than the payload that carries it is damaged.
+    if (!superblock || superblock->blockCount > quint64(file.size()) / superblock->blockSize)
+        return std::nullopt;
+    return superblock;
+}
+
+// Every field is checked before it is used: the image may have been made by
+// anybody.
+std::optional<KVExt4::Superblock> KVExt4::parseSuperblock(const QByteArray &sb)
+{
     if (sb.size() < 1024 || le16(sb, 0x38) != 0xEF53)
         return std::nullopt;
     constexpr quint32 incompatRecover = 0x4;
     constexpr quint32 incompat64Bit = 0x80;
+    constexpr quint32 maxLogBlockSize = 6; // 64 KiB, the largest block ext4 knows
     const quint32 incompat = le32(sb, 0x60);
+    const quint32 logBlockSize = le32(sb, 0x18);
+    if (logBlockSize > maxLogBlockSize)
+        return std::nullopt;
     Superblock s;
-    s.blockSize = 1024u << le32(sb, 0x18);
+    s.blockSize = 1024u << logBlockSize;
     s.blockCount = le32(sb, 0x04);
-    if (incompat & incompat64Bit) {
+    if (incompat & incompat64Bit)
         s.blockCount |= quint64(le32(sb, 0x150)) << 32;
-    }
+    // Sizes in bytes must fit the 63 bits that file offsets have.
+    if (s.blockCount == 0 || s.blockCount > quint64(std::numeric_limits<qint64>::max()) / s.blockSize)
+        return std::nullopt;
     s.uuid = QUuid::fromRfc4122(sb.mid(0x68, 16)).toString(QUuid::WithoutBraces).toUpper();
     s.label = KVVolumeName::fromUtf8(sb.mid(0x78, labelBytes));
     s.needsRecovery = incompat & incompatRecover;
@@ -118,16 +135,19 @@ KVImageResult KVExt4::resize(const QString &payload, quint64 blocks)
     return std::nullopt;
 }
 
-std::optional<QList<KVExt4::Extent>> KVExt4::freeExtents(const QString &payload)
+std::optional<QList<KVExt4::Extent>> KVExt4::freeExtents(const QString &payload, quint64 blockCount)
 {
     const auto result = KVExternalCommand::run(QStringLiteral("dumpe2fs"), {payload});
     if (result.exitCode != 0)
         return std::nullopt;
-    return parseFreeExtents(result.output);
+    return parseFreeExtents(result.output, blockCount);
 }
 
 // Group lines are indented: "  Free blocks: 1537-2047, 4096, 8193-32767".
-QList<KVExt4::Extent> KVExt4::parseFreeExtents(const QByteArray &dumpe2fsOutput)
+// Every extent must lie inside the file system's blockCount blocks: its
+// blocks are punched out of the image.
+std::optional<QList<KVExt4::Extent>> KVExt4::parseFreeExtents(const QByteArray &dumpe2fsOutput,
+                                                              quint64 blockCount)
 {
     QList<Extent> extents;
     for (const QByteArray &line : dumpe2fsOutput.split('\n')) {
@@ -135,12 +155,15 @@ QList<KVExt4::Extent> KVExt4::parseFreeExtents(const QByteArray &dumpe2fsOutput)
         if (!line.startsWith(' ') || !trimmed.startsWith("Free blocks:"))
             continue;
         for (const QByteArray &range : trimmed.mid(12).split(',')) {
+            if (range.trimmed().isEmpty())
+                continue;
             const QList<QByteArray> ends = range.trimmed().split('-');
             bool firstOk = false, lastOk = true;
             const quint64 first = ends[0].toULongLong(&firstOk);
             const quint64 last = ends.size() > 1 ? ends[1].toULongLong(&lastOk) : first;
-            if (firstOk && lastOk && last >= first)
-                extents.append({first, last - first + 1});
+            if (ends.size() > 2 || !firstOk || !lastOk || last < first || last >= blockCount)
+                return std::nullopt;
+            extents.append({first, last - first + 1});
         }
     }
     return extents;

@@ -25,8 +25,11 @@ public:
         QString label;
         bool needsRecovery = false; // the journal holds transactions to replay
     };
-    // Reads the primary superblock; nothing when the payload holds no ext4.
+    // Reads the primary superblock; nothing when the payload holds no ext4,
+    // or one whose fields make no sense (damaged or crafted).
     static std::optional<Superblock> readSuperblock(const QString &payload);
+    // sb: the 1024 bytes of the superblock.
+    static std::optional<Superblock> parseSuperblock(const QByteArray &sb);
 
     // ext4 with 4 KiB blocks (one per encryption sector), no reserved blocks,
     // owned by the user, and without writing tables or the journal in full, so
@@ -45,9 +48,11 @@ public:
         quint64 count = 0;
         bool operator==(const Extent &) const = default;
     };
-    // The free blocks, from the block bitmaps, as dumpe2fs lists them.
-    static std::optional<QList<Extent>> freeExtents(const QString &payload);
-    static QList<Extent> parseFreeExtents(const QByteArray &dumpe2fsOutput);
+    // The free blocks, from the block bitmaps, as dumpe2fs lists them;
+    // nothing when a listed block lies outside the blockCount blocks.
+    static std::optional<QList<Extent>> freeExtents(const QString &payload, quint64 blockCount);
+    static std::optional<QList<Extent>> parseFreeExtents(const QByteArray &dumpe2fsOutput,
+                                                         quint64 blockCount);
 
     // ext4 labels hold 16 bytes.
     static QString labelFor(const QString &volumeName);

@@ -73,10 +73,21 @@ KVImageResult KVLuksImage::load()
         return error;
     if (crypt_load(m_cd, CRYPT_LUKS2, nullptr) < 0)
         return KVImageError(KVImageError::ImageNotRecognized);
-    // The data path speaks aes-xts-plain64 only.
-    if (qstrcmp(crypt_get_cipher(m_cd), "aes") != 0
-        || qstrcmp(crypt_get_cipher_mode(m_cd), "xts-plain64") != 0)
+    // The data path speaks aes-xts-plain64 with AES-128 or AES-256 only, in
+    // whole sectors that start inside the file. (An image whose keys were
+    // erased has no key size any more; it loads, and nothing unlocks it.)
+    const KVImageGeometry g = geometry();
+    const bool supportedCipher = qstrcmp(crypt_get_cipher(m_cd), "aes") == 0
+        && qstrcmp(crypt_get_cipher_mode(m_cd), "xts-plain64") == 0
+        && (g.volumeKeySize == 32 || g.volumeKeySize == 64 || g.volumeKeySize == 0);
+    const bool supportedSectors = g.sectorSize >= 512 && g.sectorSize <= 4096
+        && (g.sectorSize & (g.sectorSize - 1)) == 0;
+    if (!supportedCipher || !supportedSectors)
         return KVImageError(KVImageError::NotSupported);
+    struct stat st;
+    if (g.dataOffset == 0 || g.dataOffset % g.sectorSize != 0
+        || stat(QFile::encodeName(m_path).constData(), &st) != 0 || g.dataOffset > quint64(st.st_size))
+        return KVImageError(KVImageError::ImageNotRecognized);
     return std::nullopt;
 }
 

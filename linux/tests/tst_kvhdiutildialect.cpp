@@ -11,6 +11,7 @@
 #include "KVVolumeFolder.h"
 
 #include <QTest>
+#include <QtEndian>
 
 using namespace kvlinux;
 
@@ -28,6 +29,8 @@ private Q_SLOTS:
     void propertyListsRoundTrip();
     void mountTableDecodesEscapes();
     void freeExtentsComeFromGroupLines();
+    void superblockFieldsAreChecked_data();
+    void superblockFieldsAreChecked();
     void namesFitLabelsAndFolders();
 };
 
@@ -175,7 +178,47 @@ void KVHdiutilDialectTest::freeExtentsComeFromGroupLines()
         "Group 1: (Blocks 32768-65535) [INODE_UNINIT, BLOCK_UNINIT]\n"
         "  Free blocks: \n";
     const QList<KVExt4::Extent> expected = {{1537, 511}, {4096, 1}, {8193, 24575}};
-    QCOMPARE(KVExt4::parseFreeExtents(dump), expected);
+    QCOMPARE(KVExt4::parseFreeExtents(dump, 65536), std::optional(expected));
+    // A listed block outside the file system means the bitmaps are damaged.
+    QCOMPARE(KVExt4::parseFreeExtents(dump, 32767), std::nullopt);
+    QCOMPARE(KVExt4::parseFreeExtents("  Free blocks: 5-3\n", 65536), std::nullopt);
+    QCOMPARE(KVExt4::parseFreeExtents("  Free blocks: 18446744073709551615\n", 65536), std::nullopt);
+    QCOMPARE(KVExt4::parseFreeExtents("  Free blocks: 1-2-3\n", 65536), std::nullopt);
+}
+
+void KVHdiutilDialectTest::superblockFieldsAreChecked_data()
+{
+    QTest::addColumn<quint32>("logBlockSize");
+    QTest::addColumn<quint32>("blockCount");
+    QTest::addColumn<quint32>("blockCountHigh");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("4 KiB blocks") << 2u << 16384u << 0u << true;
+    QTest::newRow("64 KiB blocks") << 6u << 16u << 0u << true;
+    QTest::newRow("shift of 40") << 40u << 16384u << 0u << false;
+    QTest::newRow("shift of 7") << 7u << 16384u << 0u << false;
+    QTest::newRow("no blocks") << 2u << 0u << 0u << false;
+    QTest::newRow("more bytes than a file can have") << 6u << 0u << 0x80000000u << false;
+}
+
+void KVHdiutilDialectTest::superblockFieldsAreChecked()
+{
+    QFETCH(quint32, logBlockSize);
+    QFETCH(quint32, blockCount);
+    QFETCH(quint32, blockCountHigh);
+    QFETCH(bool, accepted);
+    QByteArray sb(1024, '\0');
+    const auto put32 = [&sb](int at, quint32 value) { qToLittleEndian(value, sb.data() + at); };
+    put32(0x04, blockCount);
+    put32(0x18, logBlockSize);
+    sb[0x38] = char(0x53);
+    sb[0x39] = char(0xEF);
+    put32(0x60, 0x80); // 64-bit block numbers
+    put32(0x150, blockCountHigh);
+    const auto superblock = KVExt4::parseSuperblock(sb);
+    QCOMPARE(superblock.has_value(), accepted);
+    if (accepted)
+        QCOMPARE(superblock->blockSize, 1024u << logBlockSize);
+    QVERIFY(!KVExt4::parseSuperblock(sb.left(512)));
 }
 
 void KVHdiutilDialectTest::namesFitLabelsAndFolders()

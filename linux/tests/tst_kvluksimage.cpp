@@ -39,6 +39,7 @@ private Q_SLOTS:
     void namesFromTheHeaderAreOneSafeLine();
     void labelThatIsNotUtf8IsShownReplaced();
     void filesThatAreNoImagesAreRecognisedAsSuch();
+    void imageCutShortOfItsPayloadIsNotRecognised();
 
 private:
     QString makeImage(int keySize = 64, const QString &name = QStringLiteral("Data"));
@@ -156,6 +157,17 @@ void KVLuksImageTest::filesThatAreNoImagesAreRecognisedAsSuch()
     const auto error = notAnImage.load();
     QCOMPARE(error->code(), int(KVImageError::ImageNotRecognized));
     QCOMPARE(error->reason(), QStringLiteral("image not recognized"));
+}
+
+void KVLuksImageTest::imageCutShortOfItsPayloadIsNotRecognised()
+{
+    const QString path = makeImage();
+    QVERIFY(!path.isEmpty());
+    QVERIFY(QFile::resize(path, 12 << 20)); // the header says the payload starts at 16 MiB
+    KVLuksImage image(path);
+    const auto refused = image.load();
+    QVERIFY(refused);
+    QCOMPARE(refused->code(), int(KVImageError::ImageNotRecognized));
 }
 
 // A crafted header can say anything in its name token; what the tools keep
