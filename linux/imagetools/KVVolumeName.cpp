@@ -42,7 +42,7 @@ QString KVVolumeName::sanitized(const QString &name)
         clean += units == 2 ? QString::fromUcs4(&c, 1) : QString(QChar(char16_t(c)));
         i += units - 1;
     }
-    return clean.trimmed();
+    return clean;
 }
 
 QString KVVolumeName::fromUtf8(const QByteArray &bytes)

@@ -10,7 +10,8 @@ namespace kvlinux {
 // property list, a folder name and the application can all hold:
 // - a name ends at its first NUL, as the header's label field and every C
 //   string the system hands around do;
-// - control characters (newlines, tabs, escapes) become blanks;
+// - control characters (newlines, tabs, escapes) become blanks (other
+//   blanks stay where they are: a name may begin with one);
 // - bytes that are not UTF-8 and lone surrogates become U+FFFD;
 // - bidirectional overrides, embeddings and isolates are dropped, so that a
 //   name cannot reorder the text shown after it (the plain marks LRM, RLM

@@ -177,7 +177,7 @@ void KVLuksImageTest::namesFromTheHeaderAreOneSafeLine_data()
     QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("shown");
     QTest::newRow("NUL ends the name") << QString::fromUtf8("Evil\0hidden", 11) << QStringLiteral("Evil");
-    QTest::newRow("newlines and tabs") << QStringLiteral("Two\nLines\tTab\r") << QStringLiteral("Two Lines Tab");
+    QTest::newRow("newlines and tabs") << QStringLiteral("Two\nLines\tTab\r") << QStringLiteral("Two Lines Tab ");
     QTest::newRow("4,000 characters") << QString(4000, QLatin1Char('x')) << QString(255, QLatin1Char('x'));
     QTest::newRow("no character cut in two")
         << QString(254, QLatin1Char('x')) + QStringLiteral("\U0001F600") << QString(254, QLatin1Char('x'));
@@ -186,7 +186,7 @@ void KVLuksImageTest::namesFromTheHeaderAreOneSafeLine_data()
     QTest::newRow("right-to-left mark kept") << QStringLiteral("\u200F\u05E9\u05DC\u05D5\u05DD")
                                              << QStringLiteral("\u200F\u05E9\u05DC\u05D5\u05DD");
     QTest::newRow("lone surrogate") << QString(QChar(0xD800)) + QStringLiteral("x") << QStringLiteral("\uFFFDx");
-    QTest::newRow("escape sequence") << QStringLiteral("\x1B[31mRed") << QStringLiteral("[31mRed");
+    QTest::newRow("escape sequence") << QStringLiteral("\x1B[31mRed") << QStringLiteral(" [31mRed");
 }
 
 void KVLuksImageTest::namesFromTheHeaderAreOneSafeLine()
