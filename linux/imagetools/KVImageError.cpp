@@ -17,6 +17,7 @@ QString reasonFor(int code)
     case KVImageError::Authentication: return QStringLiteral("Authentication error");
     case KVImageError::NoMountableFileSystems: return QStringLiteral("no mountable file systems");
     case KVImageError::ImageNotRecognized: return QStringLiteral("image not recognized");
+    case KVImageError::Damaged: return QStringLiteral("the image is damaged: its key area cannot be read");
     default: return QString::fromLocal8Bit(strerror(code));
     }
 }

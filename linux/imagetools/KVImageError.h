@@ -23,6 +23,7 @@ public:
         Authentication = 80,
         NoMountableFileSystems = 112,
         ImageNotRecognized = 1000,
+        Damaged = 1001,    // the header is there, but what it points to is not
     };
 
     KVImageError(int code, QString reason);

@@ -4,14 +4,18 @@
 #include "KVVolumeName.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <libcryptsetup.h>
 #include <openssl/rand.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace kvlinux {
 
@@ -36,6 +40,35 @@ QByteArray utf8Prefix(const QString &text, int maxBytes)
     while (end > 0 && (uchar(bytes[end]) & 0xC0) == 0x80)
         --end;
     return bytes.left(end);
+}
+
+// The anti-forensic split that LUKS2 keyslots use: the key material is the
+// key size times this many stripes, and reads as random data.
+constexpr quint64 keyslotStripes = 4000;
+
+// libcryptsetup reports a failed write as an I/O error, also when the disk
+// is full. Less room than a keyslot needs means it was the disk.
+bool fileSystemIsFull(const QString &imagePath)
+{
+    struct statvfs fs;
+    constexpr quint64 keyslotRoom = 64 * keyslotStripes;
+    return statvfs(QFile::encodeName(QFileInfo(imagePath).absolutePath()).constData(), &fs) == 0
+        && quint64(fs.f_bavail) * fs.f_frsize < keyslotRoom;
+}
+
+// Random data never holds a 512-byte run of one byte value; a keyslot area
+// that does (zeros where a block was lost, say) or that ends beyond the end
+// of the file is damaged.
+bool areaIsDamaged(int fd, quint64 offset, quint64 length)
+{
+    QByteArray block(512, Qt::Uninitialized);
+    for (quint64 at = offset; at < offset + length; at += quint64(block.size())) {
+        if (pread(fd, block.data(), size_t(block.size()), off_t(at)) != block.size())
+            return true;
+        if (block.count(block[0]) == block.size())
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -125,6 +158,8 @@ KVImageResult KVLuksImage::format(const Format &format, const KVSecureBytes &vol
                                                          password.size());
         r = slot < 0 ? slot : 0;
     }
+    if (r == -EIO && fileSystemIsFull(m_path))
+        return KVImageError(KVImageError::NoSpace);
     return r == 0 ? std::nullopt : KVImageResult(KVImageError::fromErrno(-r));
 }
 
@@ -137,7 +172,7 @@ KVImageResult KVLuksImage::unlock(const KVSecureBytes &password, KVSecureBytes &
     const int r = crypt_volume_key_get(m_cd, CRYPT_ANY_SLOT, reinterpret_cast<char *>(key.data()),
                                        &size, password.chars(), password.size());
     if (r == -EPERM || r == -ENOENT)
-        return KVImageError(KVImageError::Authentication);
+        return passwordRefused();
     if (r < 0)
         return KVImageError::fromErrno(-r);
     key.truncate(size);
@@ -155,10 +190,33 @@ KVImageResult KVLuksImage::changePassword(const KVSecureBytes &oldPassword,
                                                oldPassword.chars(), oldPassword.size(),
                                                newPassword.chars(), newPassword.size());
     if (r == -EPERM || r == -ENOENT)
-        return KVImageError(KVImageError::Authentication);
+        return passwordRefused();
     if (r < 0)
         return KVImageError::fromErrno(-r);
     return std::nullopt;
+}
+
+// No keyslot opened with the password. The library cannot tell a wrong
+// password from a keyslot whose key material is damaged (both fail the
+// digest); the material itself can: it is random data, and a damaged area
+// is not. Only when every keyslot is damaged is the password not to blame.
+KVImageError KVLuksImage::passwordRefused() const
+{
+    const QList<int> slots = usedKeyslots();
+    const int fd = open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC);
+    bool allDamaged = fd >= 0 && !slots.isEmpty();
+    for (int slot : slots) {
+        uint64_t offset = 0;
+        uint64_t length = 0;
+        const int keySize = crypt_keyslot_get_key_size(m_cd, slot);
+        const bool damaged = crypt_keyslot_status(m_cd, slot) == CRYPT_SLOT_INVALID || keySize <= 0
+            || crypt_keyslot_area(m_cd, slot, &offset, &length) < 0
+            || areaIsDamaged(fd, offset, std::min<quint64>(length, quint64(keySize) * keyslotStripes));
+        allDamaged = allDamaged && damaged;
+    }
+    if (fd >= 0)
+        close(fd);
+    return KVImageError(allDamaged ? KVImageError::Damaged : KVImageError::Authentication);
 }
 
 QList<int> KVLuksImage::usedKeyslots() const

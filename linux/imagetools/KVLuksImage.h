@@ -50,7 +50,8 @@ public:
                          const KVSecureBytes &password, const KVKeyDerivation &derivation);
 
     // Derives the volume key from the password (Authentication when no
-    // keyslot opens with it, also when all keys were erased).
+    // keyslot opens with it, also when all keys were erased; Damaged when
+    // the key material of every keyslot is damaged).
     KVImageResult unlock(const KVSecureBytes &password, KVSecureBytes &volumeKey) const;
     // Replaces the keyslot that opens with oldPassword; the volume key stays.
     KVImageResult changePassword(const KVSecureBytes &oldPassword, const KVSecureBytes &newPassword,
@@ -67,6 +68,7 @@ public:
     static KVSecureBytes newVolumeKey(int size);
 
 private:
+    KVImageError passwordRefused() const;
     KVImageResult openDevice();
     QList<int> usedKeyslots() const;
 

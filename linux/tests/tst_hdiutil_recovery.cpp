@@ -38,6 +38,7 @@ private Q_SLOTS:
     void killedAttachLeavesNothingStray_data();
     void killedAttachLeavesNothingStray();
     void imageOfACrashedDaemonIsListedAndDetaches();
+    void fullDiskDuringCreateLeavesNoImage_data();
     void fullDiskDuringCreateLeavesNoImage();
     void recordsThatDescribeNothingAreDropped();
 
@@ -129,12 +130,20 @@ void KVHdiutilRecoveryTest::imageOfACrashedDaemonIsListedAndDetaches()
     QCOMPARE(readFile(h->onlyMountPoint() + QStringLiteral("/safe.bin")), data);
 }
 
+void KVHdiutilRecoveryTest::fullDiskDuringCreateLeavesNoImage_data()
+{
+    QTest::addColumn<QByteArray>("room");
+    QTest::newRow("while the header is written") << QByteArrayLiteral("size=200k");
+    // The LUKS2 header (16 MiB) fits, the file system does not.
+    QTest::newRow("while the file system is made") << QByteArrayLiteral("size=16640k");
+}
+
 void KVHdiutilRecoveryTest::fullDiskDuringCreateLeavesNoImage()
 {
-    // Room for the LUKS2 header (16 MiB) and little more.
+    QFETCH(QByteArray, room);
     const QString small = h->path(QStringLiteral("small"));
     QVERIFY(QDir().mkdir(small));
-    QCOMPARE(mount("tmpfs", QFile::encodeName(small).constData(), "tmpfs", 0, "size=16640k"), 0);
+    QCOMPARE(mount("tmpfs", QFile::encodeName(small).constData(), "tmpfs", 0, room.constData()), 0);
 
     const auto created = h->create(QStringLiteral("small/Big"), password, QStringLiteral("Big"),
                                    QStringLiteral("AES-256"), QStringLiteral("1g"));

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void labelThatIsNotUtf8IsShownReplaced();
     void filesThatAreNoImagesAreRecognisedAsSuch();
     void imageCutShortOfItsPayloadIsNotRecognised();
+    void damagedKeyslotIsNotAWrongPassword();
 
 private:
     QString makeImage(int keySize = 64, const QString &name = QStringLiteral("Data"));
@@ -168,6 +169,39 @@ void KVLuksImageTest::imageCutShortOfItsPayloadIsNotRecognised()
     const auto refused = image.load();
     QVERIFY(refused);
     QCOMPARE(refused->code(), int(KVImageError::ImageNotRecognized));
+}
+
+void KVLuksImageTest::damagedKeyslotIsNotAWrongPassword()
+{
+    const QString path = makeImage();
+    QVERIFY(!path.isEmpty());
+    uint64_t offset = 0;
+    uint64_t length = 0;
+    {
+        crypt_device *cd = nullptr;
+        QCOMPARE(crypt_init(&cd, QFile::encodeName(path).constData()), 0);
+        QCOMPARE(crypt_load(cd, CRYPT_LUKS2, nullptr), 0);
+        QCOMPARE(crypt_keyslot_area(cd, 0, &offset, &length), 0);
+        crypt_free(cd);
+    }
+    // A block of the key material lost, as a hole in a sparse file reads.
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(qint64(offset + 8192)));
+    QCOMPARE(file.write(QByteArray(4096, '\0')), 4096);
+    file.close();
+
+    KVLuksImage image(path);
+    QVERIFY(!image.load());
+    KVSecureBytes key;
+    for (const char *attempt : {"pw", "wrong"}) {
+        const auto refused = image.unlock(secret(attempt), key);
+        QVERIFY(refused);
+        QCOMPARE(refused->code(), int(KVImageError::Damaged));
+        QVERIFY(refused->reason().contains(QLatin1String("damaged")));
+    }
+    const auto unchanged = image.changePassword(secret("pw"), secret("new"), cheap);
+    QVERIFY(unchanged);
+    QCOMPARE(unchanged->code(), int(KVImageError::Damaged));
 }
 
 // A crafted header can say anything in its name token; what the tools keep
