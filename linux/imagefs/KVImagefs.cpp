@@ -256,6 +256,8 @@ int KVImagefs::mount(const std::string &mountPoint, const std::string &name)
         pointers.push_back(arg.data());
     fuse_args args = FUSE_ARGS_INIT(int(pointers.size()), pointers.data());
     m_session = fuse_session_new(&args, &operations, sizeof operations, this);
+    // Parsing may have copied the list into memory of its own.
+    fuse_opt_free_args(&args);
     if (!m_session)
         return -EINVAL;
     if (fuse_session_mount(m_session, mountPoint.c_str()) != 0) {

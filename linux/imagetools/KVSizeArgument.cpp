@@ -22,7 +22,8 @@ std::optional<quint64> KVSizeArgument::parse(const QString &text)
     bool ok = false;
     const double value = number.toDouble(&ok);
     const double bytes = value * unit;
-    if (!ok || !std::isfinite(bytes) || bytes <= 0 || bytes > 9.0e18)
+    // Less than a byte is no size at all (it would read as 0).
+    if (!ok || !std::isfinite(bytes) || bytes < 1 || bytes > 9.0e18)
         return std::nullopt;
     return quint64(bytes);
 }

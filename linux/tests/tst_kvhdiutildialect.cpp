@@ -84,6 +84,9 @@ void KVHdiutilDialectTest::sizesFollowMkfileUnits_data()
     QTest::newRow("bare number counts sectors") << QStringLiteral("2048") << qint64(1048576);
     QTest::newRow("sectors") << QStringLiteral("8b") << qint64(4096);
     QTest::newRow("zero") << QStringLiteral("0m") << qint64(-1);
+    QTest::newRow("less than a byte") << QStringLiteral("0.0001") << qint64(-1);
+    QTest::newRow("small fraction of a unit") << QStringLiteral("0.0001m") << qint64(104);
+    QTest::newRow("not a number") << QStringLiteral("nanm") << qint64(-1);
     QTest::newRow("negative") << QStringLiteral("-5m") << qint64(-1);
     QTest::newRow("unknown unit") << QStringLiteral("3x") << qint64(-1);
     QTest::newRow("empty") << QString() << qint64(-1);
