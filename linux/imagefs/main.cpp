@@ -8,6 +8,7 @@
 // environment or a file); the answer is "OK" once mounted or "ERR <errno>".
 
 #include "KVImagefs.h"
+#include "KVKeyMemory.h"
 #include "KVPayloadViews.h"
 #include "KVSecureBytes.h"
 #include "KVSectorCipher.h"
@@ -30,6 +31,10 @@ using namespace kvlinux;
 namespace {
 
 constexpr size_t maxRequest = 1 << 20;
+// Room for the key schedules of about 25 ciphers (2.5 KiB each): one per
+// worker thread's view and the original, with room to spare, well within the
+// 8 MiB that an ordinary user may lock by default.
+constexpr size_t keyArenaSize = 64 * 1024;
 
 struct Options
 {
@@ -136,6 +141,7 @@ int openImage(const Options &options)
 
 int main(int argc, char **argv)
 {
+    const bool keyMemoryLocked = KVKeyMemory::install(keyArenaSize);
     harden();
     const std::optional<Options> options = parse(argc, argv);
     if (!options)
@@ -147,6 +153,11 @@ int main(int argc, char **argv)
     KVSecureBytes key(options->keySize);
     if (!readExactly(control, key.data(), key.size()))
         return 3;
+    // The key is never kept in memory that could be swapped out or dumped.
+    if (!keyMemoryLocked || !key.isLocked()) {
+        answer(control, ENOMEM);
+        return 1;
+    }
 
     const int image = openImage(*options);
     if (image < 0) {

@@ -1,5 +1,7 @@
 #include "KVSectorCipher.h"
 
+#include "KVKeyMemory.h"
+
 #include <cstring>
 #include <openssl/evp.h>
 
@@ -13,6 +15,7 @@ KVSectorCipher::KVSectorCipher(const uint8_t *key, size_t keySize, size_t sector
                                              : nullptr;
     if (!cipher || sectorSize == 0 || sectorSize % ivUnit != 0)
         return;
+    const KVKeyMemory::Scope keyMaterial;
     m_encrypt = EVP_CIPHER_CTX_new();
     m_decrypt = EVP_CIPHER_CTX_new();
     m_valid = m_encrypt && m_decrypt
@@ -25,6 +28,7 @@ std::unique_ptr<KVSectorCipher> KVSectorCipher::clone() const
     std::unique_ptr<KVSectorCipher> copy(new KVSectorCipher(m_sectorSize));
     if (!m_valid)
         return copy;
+    const KVKeyMemory::Scope keyMaterial;
     copy->m_encrypt = EVP_CIPHER_CTX_new();
     copy->m_decrypt = EVP_CIPHER_CTX_new();
     copy->m_valid = copy->m_encrypt && copy->m_decrypt

@@ -38,10 +38,11 @@ KVSecureBytes::~KVSecureBytes()
 }
 
 KVSecureBytes::KVSecureBytes(KVSecureBytes &&other) noexcept
-    : m_data(other.m_data), m_size(other.m_size), m_capacity(other.m_capacity)
+    : m_data(other.m_data), m_size(other.m_size), m_capacity(other.m_capacity), m_locked(other.m_locked)
 {
     other.m_data = nullptr;
     other.m_size = other.m_capacity = 0;
+    other.m_locked = false;
 }
 
 KVSecureBytes &KVSecureBytes::operator=(KVSecureBytes &&other) noexcept
@@ -51,8 +52,10 @@ KVSecureBytes &KVSecureBytes::operator=(KVSecureBytes &&other) noexcept
         m_data = other.m_data;
         m_size = other.m_size;
         m_capacity = other.m_capacity;
+        m_locked = other.m_locked;
         other.m_data = nullptr;
         other.m_size = other.m_capacity = 0;
+        other.m_locked = false;
     }
     return *this;
 }
@@ -67,7 +70,7 @@ void KVSecureBytes::allocate(size_t capacity)
     void *block = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (block == MAP_FAILED)
         throw std::bad_alloc();
-    mlock(block, length);
+    m_locked = mlock(block, length) == 0;
     madvise(block, length, MADV_DONTDUMP);
     m_data = static_cast<uint8_t *>(block);
     m_capacity = length;
@@ -82,6 +85,7 @@ void KVSecureBytes::release()
     munmap(m_data, m_capacity);
     m_data = nullptr;
     m_size = m_capacity = 0;
+    m_locked = false;
 }
 
 void KVSecureBytes::append(const char *bytes, size_t count)

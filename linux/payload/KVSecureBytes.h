@@ -7,8 +7,8 @@
 namespace kvlinux {
 
 // A byte buffer for passwords and volume keys. Its pages are locked into RAM
-// (best effort: the lock limit of an ordinary user may be small) and kept out
-// of core dumps, and every byte is wiped before the memory is given back.
+// (where the lock limit allows: isLocked() tells) and kept out of core dumps,
+// and every byte is wiped before the memory is given back.
 // It only moves, it never copies, so a secret exists in one place at a time.
 class KVSecureBytes
 {
@@ -28,6 +28,8 @@ public:
     const char *chars() const { return reinterpret_cast<const char *>(m_data); }
     size_t size() const { return m_size; }
     bool isEmpty() const { return m_size == 0; }
+    // Whether the pages are locked into RAM.
+    bool isLocked() const { return m_locked; }
     std::string_view view() const { return {chars(), m_size}; }
 
     // Appends, moving the contents to a larger locked block when needed; the old
@@ -48,6 +50,7 @@ private:
     uint8_t *m_data = nullptr;
     size_t m_size = 0;
     size_t m_capacity = 0;
+    bool m_locked = false;
 };
 
 } // namespace kvlinux

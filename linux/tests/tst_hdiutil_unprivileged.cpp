@@ -123,6 +123,14 @@ void KVHdiutilUnprivilegedTest::userCreatesAttachesAndDetaches()
     QCOMPARE(written.exitCode, 0);
     const QString sum = sha256As(mountPoint + QStringLiteral("/random.bin"));
     QCOMPARE(sum.size(), 64);
+    // The daemon of an ordinary user keeps its key schedules in locked memory
+    // too (its arena: 64 KiB), while it serves the volume.
+    const qint64 daemon = onlyImage(h->info()).value(QStringLiteral("hdid-pid")).toLongLong();
+    QVERIFY(daemon > 0);
+    QFile status(QStringLiteral("/proc/%1/status").arg(daemon));
+    QVERIFY(status.open(QIODevice::ReadOnly));
+    const QString locked = QString::fromLatin1(status.readAll()).section(QStringLiteral("VmLck:"), 1).section(QLatin1Char('\n'), 0, 0);
+    QVERIFY2(locked.trimmed().section(QLatin1Char(' '), 0, 0).toLongLong() >= 64, qPrintable(locked));
 
     const auto detached = h->detach(wholeDisk(onlyImage(h->info())));
     QVERIFY2(detached.has(QStringLiteral("unmounted.")) && detached.has(QStringLiteral("ejected.")),
