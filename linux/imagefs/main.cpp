@@ -8,6 +8,7 @@
 // environment or a file); the answer is "OK" once mounted or "ERR <errno>".
 
 #include "KVImagefs.h"
+#include "KVImagefsOptions.h"
 #include "KVKeyMemory.h"
 #include "KVPayloadViews.h"
 #include "KVSecureBytes.h"
@@ -18,13 +19,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <map>
 #include <optional>
 #include <string>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace kvlinux;
 
@@ -35,48 +36,6 @@ constexpr size_t maxRequest = 1 << 20;
 // worker thread's view and the original, with room to spare, well within the
 // 8 MiB that an ordinary user may lock by default.
 constexpr size_t keyArenaSize = 64 * 1024;
-
-struct Options
-{
-    std::string image;
-    std::string mountPoint;
-    std::string name;
-    uint64_t offset = 0;
-    size_t keySize = 0;
-    size_t sectorSize = 0;
-    int controlFd = -1;
-    bool readOnly = false;
-    bool directIo = false;
-};
-
-std::optional<Options> parse(int argc, char **argv)
-{
-    Options o;
-    std::map<std::string, std::string> values;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--read-only")
-            o.readOnly = true;
-        else if (arg == "--direct-io")
-            o.directIo = true;
-        else if (arg.rfind("--", 0) == 0 && i + 1 < argc)
-            values[arg] = argv[++i];
-        else
-            return std::nullopt;
-    }
-    try {
-        o.image = values.at("--image");
-        o.mountPoint = values.at("--mountpoint");
-        o.name = values.at("--name");
-        o.offset = std::stoull(values.at("--offset"));
-        o.keySize = std::stoul(values.at("--key-size"));
-        o.sectorSize = std::stoul(values.at("--sector-size"));
-        o.controlFd = std::stoi(values.at("--control-fd"));
-    } catch (const std::exception &) {
-        return std::nullopt;
-    }
-    return o;
-}
 
 // Nothing of this process may end up on disk: no core dumps, no ptrace by
 // other processes of the user. As root it may also lock all of its memory and
@@ -126,7 +85,7 @@ bool lockImage(int fd, bool readOnly)
 // caches the plaintext already, a second copy of the ciphertext would only
 // cost memory and a copy per request. Where the image's file system cannot
 // do direct I/O, the cache it is.
-int openImage(const Options &options)
+int openImage(const KVImagefsOptions &options)
 {
     const int access = (options.readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC;
     if (options.directIo) {
@@ -143,7 +102,8 @@ int main(int argc, char **argv)
 {
     const bool keyMemoryLocked = KVKeyMemory::install(keyArenaSize);
     harden();
-    const std::optional<Options> options = parse(argc, argv);
+    const std::optional<KVImagefsOptions> options =
+        KVImagefsOptions::parse(std::vector<std::string>(argv + 1, argv + argc));
     if (!options)
         return 2;
     const int control = options->controlFd;
