@@ -44,6 +44,8 @@ private Q_SLOTS:
     void secondCreateOnTheSamePathIsRefused();
     void busyVolumeDetachesOnlyWhenForced();
     void badInputGivesTheToolsFailureForms();
+    void namesFromACraftedHeaderAreShownSafely_data();
+    void namesFromACraftedHeaderAreShownSafely();
 
 private:
     QString createImage(const QString &name, const QString &volumeName = QStringLiteral("Data"),
@@ -337,6 +339,42 @@ void KVHdiutilImagesTest::badInputGivesTheToolsFailureForms()
 
     QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
     QCOMPARE(h->leftovers(), QStringList());
+}
+
+void KVHdiutilImagesTest::namesFromACraftedHeaderAreShownSafely_data()
+{
+    QTest::addColumn<QByteArray>("storedJson"); // the name as JSON text in the header's token
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("NUL") << QByteArray("Evil\\u0000hidden") << QStringLiteral("Evil");
+    QTest::newRow("newlines") << QByteArray("Two\\nLines") << QStringLiteral("Two Lines");
+    QTest::newRow("4,000 characters") << QByteArray(4000, 'n') << QString(255, QLatin1Char('n'));
+    QTest::newRow("right-to-left override") << QByteArray("abc\\u202egnp.exe") << QStringLiteral("abcgnp.exe");
+}
+
+// The header is rewritten with cryptsetup, as anybody could; the application
+// then reads the listing and the volume's properties with its own decoder
+// (libplist aborts on a NUL inside a string).
+void KVHdiutilImagesTest::namesFromACraftedHeaderAreShownSafely()
+{
+    QFETCH(QByteArray, storedJson);
+    QFETCH(QString, shown);
+    const QString image = createImage(QStringLiteral("Crafted"), QStringLiteral("Plain"));
+    QVERIFY(!image.isEmpty());
+    const QByteArray token = "{\"type\":\"korvelle-volume\",\"keyslots\":[],\"volume_name\":\"" + storedJson + "\"}";
+    QVERIFY(writeFile(h->path(QStringLiteral("token.json")), token));
+    const auto crafted = h->shell(QStringLiteral("PATH=$PATH:/usr/sbin:/sbin; cryptsetup token remove --token-id 0 \"$1\" && "
+                                                 "cryptsetup token import --json-file \"$2\" \"$1\""),
+                                  {image, h->path(QStringLiteral("token.json"))});
+    QVERIFY2(crafted.exitCode == 0, qPrintable(crafted.output));
+
+    const auto attached = h->attach(image, password);
+    QVERIFY2(attached.exitCode == 0, qPrintable(attached.output));
+    QVERIFY(!attached.output.contains(QChar(0)));
+    const QString mountPoint = h->onlyMountPoint();
+    QCOMPARE(QFileInfo(mountPoint).fileName(), shown.left(240));
+    const QVariantMap volume = h->diskutilInfo(mountPoint);
+    QCOMPARE(volume.value(QStringLiteral("VolumeName")).toString(), shown);
+    QCOMPARE(h->detach(wholeDisk(onlyImage(h->info()))).exitCode, 0);
 }
 
 QTEST_GUILESS_MAIN(KVHdiutilImagesTest)
