@@ -260,11 +260,18 @@ QString KVLuksImage::volumeName() const
         const char *json = nullptr;
         if (crypt_token_json_get(m_cd, id, &json) < 0 || !json)
             continue;
-        const QJsonObject token = QJsonDocument::fromJson(QByteArray(json)).object();
-        if (token.value(QStringLiteral("type")).toString() == volumeNameToken)
-            return KVVolumeName::sanitized(token.value(QStringLiteral("volume_name")).toString());
+        if (auto name = volumeNameFromToken(QByteArray(json)))
+            return *name;
     }
     return KVVolumeName::fromUtf8(crypt_get_label(m_cd));
+}
+
+std::optional<QString> KVLuksImage::volumeNameFromToken(const QByteArray &json)
+{
+    const QJsonObject token = QJsonDocument::fromJson(json).object();
+    if (token.value(QStringLiteral("type")).toString() != volumeNameToken)
+        return std::nullopt;
+    return KVVolumeName::sanitized(token.value(QStringLiteral("volume_name")).toString());
 }
 
 KVSecureBytes KVLuksImage::newVolumeKey(int size)

@@ -64,6 +64,9 @@ public:
     // The full volume name: kept in a token of our own, because the header
     // label (and ext4's) is too short for it.
     QString volumeName() const;
+    // The name in one of the header's tokens (JSON text), when it is our
+    // volume-name token.
+    static std::optional<QString> volumeNameFromToken(const QByteArray &json);
 
     static KVSecureBytes newVolumeKey(int size);
 
