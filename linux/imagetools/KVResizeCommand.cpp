@@ -108,8 +108,11 @@ KVImageResult KVResizeCommand::limits(const QString &imagePath, Limits &limits)
     }
     if (!blocks)
         return KVImageError(KVImageError::NoMountableFileSystems);
-    limits.minimum = std::clamp(*blocks * KVExt4::blockSize, KVCreateCommand::minimumPayload,
-                                limits.current);
+    // resize2fs's estimate comes from the image: it may exceed the payload,
+    // and the payload may be below the smallest size we make.
+    const quint64 needed = *blocks > limits.current / KVExt4::blockSize ? limits.current
+                                                                        : *blocks * KVExt4::blockSize;
+    limits.minimum = std::min(std::max(needed, KVCreateCommand::minimumPayload), limits.current);
     return std::nullopt;
 }
 
