@@ -4,6 +4,7 @@
 #include "app/KVMainWindow.h"
 #include "app/KVMountedCellView.h"
 #include "app/KVPreferenceKeys.h"
+#include "app/KVPreferencesController.h"
 #include "diskimage/KVDiskImage.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
@@ -11,12 +12,55 @@
 #include "KVImageToolHarness.h"
 #include "KVScreenshot.h"
 
+#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
 #include <QUrl>
 
 #include <atomic>
+#include <memory>
+
+namespace {
+
+// The application with the Linux tools of a private harness.
+struct Session
+{
+    kvlinux::KVImageToolHarness harness;
+    QTemporaryDir recent;
+    std::unique_ptr<KVAppDelegate> delegate;
+
+    bool start()
+    {
+        if (!harness.isValid())
+            return false;
+        // The tools keep what is attached in the runtime directory they are given.
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(harness.runtimeDirectory()));
+        delegate = std::make_unique<KVAppDelegate>(KVAppDelegate::Services{
+            KVToolPaths{QStringLiteral(KV_TEST_HDIUTIL), QStringLiteral(KV_TEST_DISKUTIL), QString()},
+            KVWorkspaceNotifications::shared(), KVRecentDocuments(recent.filePath(QStringLiteral("recent.xbel")))});
+        delegate->applicationDidFinishLaunching();
+        delegate->mainWindow()->show();
+        return QTest::qWaitForWindowExposed(delegate->mainWindow());
+    }
+
+    KVOptionalError mount(const QString &image)
+    {
+        std::atomic<bool> attached{false};
+        KVOptionalError attachError;
+        delegate->di()->mountDiskImage(image, QStringLiteral("correct horse"), false,
+                                       QUrl::fromLocalFile(harness.mountRoot()), false,
+                                       [&](const KVOptionalError &error) {
+                                           attachError = error;
+                                           attached = true;
+                                       });
+        if (!QTest::qWaitFor([&] { return attached.load(); }, 60000))
+            return KVAppError(QStringLiteral("test"), -1, QStringLiteral("attach did not finish"), QString());
+        return attachError;
+    }
+};
+
+} // namespace
 
 class TestKVLinuxImages : public QObject
 {
@@ -35,17 +79,10 @@ private Q_SLOTS:
 
     void createdImageShowsUnderMounted()
     {
-        kvlinux::KVImageToolHarness harness;
-        QVERIFY(harness.isValid());
-        // The tools keep what is attached in the runtime directory they are given.
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(harness.runtimeDirectory()));
-        QTemporaryDir recent;
-        KVAppDelegate delegate(KVAppDelegate::Services{
-            KVToolPaths{QStringLiteral(KV_TEST_HDIUTIL), QStringLiteral(KV_TEST_DISKUTIL), QString()},
-            KVWorkspaceNotifications::shared(), KVRecentDocuments(recent.filePath(QStringLiteral("recent.xbel")))});
-        delegate.applicationDidFinishLaunching();
-        delegate.mainWindow()->show();
-        QVERIFY(QTest::qWaitForWindowExposed(delegate.mainWindow()));
+        Session session;
+        QVERIFY(session.start());
+        kvlinux::KVImageToolHarness &harness = session.harness;
+        KVAppDelegate &delegate = *session.delegate;
 
         const QString image = harness.path(QStringLiteral("Tax Returns.sparseimage"));
         std::atomic<bool> created{false};
@@ -65,14 +102,7 @@ private Q_SLOTS:
         QVERIFY2(!createError, qPrintable(createError ? createError->debugDescription() : QString()));
         QVERIFY(progress.filter(QStringLiteral("PERCENT:")).size() > 0);
 
-        std::atomic<bool> attached{false};
-        KVOptionalError attachError;
-        delegate.di()->mountDiskImage(image, QStringLiteral("correct horse"), false, QUrl::fromLocalFile(harness.mountRoot()),
-                                      false, [&](const KVOptionalError &error) {
-                                          attachError = error;
-                                          attached = true;
-                                      });
-        QTRY_VERIFY_WITH_TIMEOUT(attached.load(), 60000);
+        const KVOptionalError attachError = session.mount(image);
         QVERIFY2(!attachError, qPrintable(attachError ? attachError->debugDescription() : QString()));
 
         // The mount notification brings the volume into the list.
@@ -92,6 +122,43 @@ private Q_SLOTS:
         // The list changes when the volume is unmounted; the daemon and the
         // loop device go a moment later.
         QTRY_COMPARE_WITH_TIMEOUT(harness.leftovers(), QStringList(), 20000);
+    }
+
+    // With "KVForceUnmount" on, a volume that a process sits in leaves the
+    // list, and the system agrees: the image is free and mounts again at once.
+    void forcedUnmountOfABusyVolumeEndsTheAttachment()
+    {
+        Session session;
+        QVERIFY(session.start());
+        KVAppDelegate &delegate = *session.delegate;
+        const auto created = session.harness.create(QStringLiteral("Busy"), "correct horse", QStringLiteral("Busy"));
+        QVERIFY2(created.exitCode == 0, qPrintable(created.output));
+        const QString image = session.harness.path(QStringLiteral("Busy.sparseimage"));
+        QVERIFY(!session.mount(image));
+        QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 1, 30000);
+
+        QProcess resident;
+        resident.setWorkingDirectory(session.harness.onlyMountPoint());
+        resident.start(QStringLiteral("sleep"), {QStringLiteral("600")});
+        QVERIFY(resident.waitForStarted());
+
+        const bool forced = KVPreferencesController::prefForceUnmount();
+        KVPreferencesController::setPrefForceUnmount(true);
+        delegate.unmountVolume(delegate.unifiedVolumes().first());
+        QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 0, 30000);
+        KVPreferencesController::setPrefForceUnmount(forced);
+        // The row goes with the mount; the detach ends a moment later.
+        QTRY_VERIFY_WITH_TIMEOUT(!session.harness.info().contains(QStringLiteral("images")), 30000);
+
+        const KVOptionalError again = session.mount(image);
+        QVERIFY2(!again, qPrintable(again ? again->debugDescription() : QString()));
+        QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 1, 30000);
+        delegate.unmountVolume(delegate.unifiedVolumes().first());
+        QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 0, 30000);
+
+        resident.kill();
+        resident.waitForFinished();
+        QTRY_COMPARE_WITH_TIMEOUT(session.harness.leftovers(), QStringList(), 20000);
     }
 };
 
