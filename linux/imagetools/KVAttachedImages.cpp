@@ -2,6 +2,7 @@
 
 #include "KVAttachmentRegistry.h"
 #include "KVDataPath.h"
+
 #include "platform/KVMountTable.h"
 
 #include <QFileInfo>

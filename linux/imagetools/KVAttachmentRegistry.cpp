@@ -2,6 +2,7 @@
 
 #include "platform/KVMountTable.h"
 
+
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>

@@ -3,10 +3,11 @@
 #include "KVAttachedImages.h"
 #include "KVAttachmentRegistry.h"
 #include "KVFuseDataPath.h"
-#include "tools/KVPropertyList.h"
 #include "KVRuntimeDirectory.h"
 #include "KVSystemEntities.h"
 #include "KVToolOutput.h"
+
+#include "tools/KVPropertyList.h"
 
 #include <QDir>
 

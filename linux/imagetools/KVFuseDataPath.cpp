@@ -4,10 +4,11 @@
 #include "KVExt4.h"
 #include "KVExternalCommand.h"
 #include "KVLoopDevice.h"
-#include "platform/KVMountTable.h"
 #include "KVPayloadSession.h"
 #include "KVSpawn.h"
 #include "KVVolumeFolder.h"
+
+#include "platform/KVMountTable.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -212,17 +213,8 @@ KVImageResult KVFuseDataPath::unmount(const KVAttachment &record, bool force)
     // eject() then takes the volume away from them: what they wrote must be
     // on the image before that.
     if (force)
-        syncFileSystem(record.mountPoint);
+        KVVolumeFolder::flush(record.mountPoint);
     return unmountPath(record.mountPoint, force);
-}
-
-void KVFuseDataPath::syncFileSystem(const QString &mountPoint)
-{
-    const int fd = open(QFile::encodeName(mountPoint).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        syncfs(fd);
-        close(fd);
-    }
 }
 
 KVImageResult KVFuseDataPath::eject(const KVAttachment &record, bool force)

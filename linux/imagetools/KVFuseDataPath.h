@@ -34,7 +34,6 @@ private:
                                    bool needsRecovery);
     bool isVolumeMounted(const KVAttachment &record, const KVMountTable &mounts) const;
     static KVImageResult unmountPath(const QString &path, bool lazy);
-    static void syncFileSystem(const QString &mountPoint);
     static void revoke(const KVAttachment &record);
     static void removeLeftovers(const KVAttachment &record);
 

@@ -1,7 +1,8 @@
 #include "KVInfoCommand.h"
 
-#include "tools/KVPropertyList.h"
 #include "KVSystemEntities.h"
+
+#include "tools/KVPropertyList.h"
 
 #include <QVariantMap>
 

@@ -3,12 +3,14 @@
 #include "KVCreateCommand.h"
 #include "KVExt4.h"
 #include "KVLuksImage.h"
-#include "platform/KVMountTable.h"
 #include "KVOfflinePayload.h"
-#include "tools/KVPropertyList.h"
 #include "KVSecureBytes.h"
 #include "KVSizeArgument.h"
 #include "KVSystemEntities.h"
+#include "KVVolumeFolder.h"
+
+#include "platform/KVMountTable.h"
+#include "tools/KVPropertyList.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -37,16 +39,6 @@ KVImageResult truncateImage(const KVLuksImage &image, quint64 payloadSize)
                  off_t(image.geometry().dataOffset + payloadSize)) != 0)
         return KVImageError::fromErrno(errno);
     return std::nullopt;
-}
-
-// Flushes a mounted volume so that reading its payload sees what it holds.
-void flushVolume(const QString &mountPoint)
-{
-    const int fd = open(QFile::encodeName(mountPoint).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        syncfs(fd);
-        close(fd);
-    }
 }
 
 } // namespace
@@ -96,7 +88,7 @@ KVImageResult KVResizeCommand::limits(const QString &imagePath, Limits &limits)
         : std::nullopt;
     if (attached) {
         if (attached->mounted)
-            flushVolume(attached->record.mountPoint);
+            KVVolumeFolder::flush(attached->record.mountPoint); // so that its payload shows what it holds
         blocks = KVExt4::minimumBlocks(dataPath().livePayload(attached->record));
     } else {
         KVOfflinePayload payload(*registry(), m_environment.imagefs);

@@ -4,7 +4,9 @@
 #include <QFile>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace kvlinux {
 
@@ -38,6 +40,15 @@ QString KVVolumeFolder::create(const QString &root, const QString &volumeName)
             return {};
     }
     return {};
+}
+
+void KVVolumeFolder::flush(const QString &folder)
+{
+    const int fd = open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        syncfs(fd);
+        close(fd);
+    }
 }
 
 } // namespace kvlinux

@@ -13,6 +13,8 @@ public:
     static QString create(const QString &root, const QString &volumeName);
     // The name a volume's folder gets: no slashes, never empty or "."/"..".
     static QString folderName(const QString &volumeName);
+    // Writes back the file system mounted on the folder (syncfs).
+    static void flush(const QString &folder);
 };
 
 } // namespace kvlinux

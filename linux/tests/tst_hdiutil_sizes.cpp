@@ -2,6 +2,7 @@
 
 #include "KVImageTestFiles.h"
 #include "KVImageToolHarness.h"
+
 #include "tools/KVPropertyList.h"
 
 #include <QFileInfo>

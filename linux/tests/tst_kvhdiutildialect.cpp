@@ -3,12 +3,12 @@
 
 #include "KVExt4.h"
 #include "KVHdiutilArguments.h"
-#include "platform/KVMountTable.h"
-#include "tools/KVPropertyList.h"
-#include "tools/KVPropertyList.h"
 #include "KVSizeArgument.h"
 #include "KVToolOutput.h"
 #include "KVVolumeFolder.h"
+
+#include "platform/KVMountTable.h"
+#include "tools/KVPropertyList.h"
 
 #include <QTest>
 #include <QtEndian>

@@ -2,6 +2,7 @@
 
 #include "tools/KVPropertyList.h"
 
+
 #include <QDir>
 #include <QFileInfo>
 #include <QFile>
