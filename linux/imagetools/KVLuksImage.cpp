@@ -92,7 +92,8 @@ KVImageResult KVLuksImage::openDevice()
     struct stat st;
     if (stat(native.constData(), &st) != 0)
         return KVImageError::fromErrno(errno);
-    if (!S_ISREG(st.st_mode))
+    // Images are files; encrypted partitions (the disk verbs) block devices.
+    if (!S_ISREG(st.st_mode) && !S_ISBLK(st.st_mode))
         return KVImageError(KVImageError::ImageNotRecognized);
     if (const int r = crypt_init(&m_cd, native.constData()); r < 0)
         return KVImageError::fromErrno(-r);

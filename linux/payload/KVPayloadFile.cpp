@@ -8,6 +8,8 @@
 #include <cstring>
 #include <new>
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -79,9 +81,15 @@ uint64_t KVPayloadFile::size() const
 uint64_t KVPayloadFile::sizeOf(int imageFd, uint64_t dataOffset, size_t sectorSize)
 {
     struct stat st;
-    if (fstat(imageFd, &st) != 0 || uint64_t(st.st_size) <= dataOffset)
+    if (fstat(imageFd, &st) != 0)
         return 0;
-    return (uint64_t(st.st_size) - dataOffset) / sectorSize * sectorSize;
+    // An encrypted partition is a block device: its size is the device's.
+    uint64_t total = uint64_t(st.st_size);
+    if (S_ISBLK(st.st_mode) && ioctl(imageFd, BLKGETSIZE64, &total) != 0)
+        return 0;
+    if (total <= dataOffset)
+        return 0;
+    return (total - dataOffset) / sectorSize * sectorSize;
 }
 
 ssize_t KVPayloadFile::read(uint64_t offset, size_t length, const uint8_t **data)

@@ -11,6 +11,9 @@ namespace {
 // its case-sensitive variant.
 constexpr qint64 HfsPlusMagic = 0x482b;
 constexpr qint64 HfsxMagic = 0x4858;
+// On Linux the disk tools present ext4 as "Journaled HFS+" (the encrypted
+// volumes they make hold ext4), so it is asked for by the same name.
+constexpr qint64 Ext4Magic = 0xEF53;
 
 } // namespace
 
@@ -28,7 +31,8 @@ std::optional<QString> ofPath(const QString &path)
 
 QString name(qint64 magic, const QString &mountType)
 {
-    if (magic == HfsPlusMagic || magic == HfsxMagic || mountType == u"hfsplus")
+    if (magic == HfsPlusMagic || magic == HfsxMagic || mountType == u"hfsplus"
+        || (magic == Ext4Magic && mountType == u"ext4"))
         return QStringLiteral("hfs");
     return mountType;
 }

@@ -5,7 +5,8 @@
 #include <optional>
 
 // The kind of file system that holds a path, named the way the disk tools name
-// it ("hfs" for HFS+, whatever the kernel calls it).
+// it ("hfs" for HFS+ and for ext4, which stands in for it on Linux; whatever
+// the kernel calls the others).
 namespace KVFileSystemType {
 
 // The type of the file system at `path`, or nothing when it cannot be examined.

@@ -20,7 +20,8 @@ private Q_SLOTS:
         QTest::newRow("HFS+") << qint64(0x482b) << "hfsplus" << "hfs";
         QTest::newRow("case-sensitive HFS+") << qint64(0x4858) << "hfsplus" << "hfs";
         QTest::newRow("HFS+ through another driver") << qint64(0x65735546) << "hfsplus" << "hfs";
-        QTest::newRow("ext4") << qint64(0xEF53) << "ext4" << "ext4";
+        QTest::newRow("ext4, as the Linux disk tools present it") << qint64(0xEF53) << "ext4" << "hfs";
+        QTest::newRow("ext3 on the ext4 driver") << qint64(0xEF53) << "ext3" << "ext3";
         QTest::newRow("FUSE") << qint64(0x65735546) << "fuse.imagefs" << "fuse.imagefs";
     }
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "KVDiskInventory.h"
+#include "KVKeyDerivation.h"
+#include "KVToolOutput.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace kvlinux {
+
+// What the disk verbs need from the place they run in.
+struct KVDiskEnvironment
+{
+    KVKeyDerivation derivation = KVKeyDerivation::libraryDefault();
+    QString imagefs;   // the daemon that serves an opened volume
+    QString converter; // the program that converts in the background
+};
+
+// "cs convert DISK -stdinpassphrase": encrypts an ext4 partition in place.
+// The command checks the partition, makes room for the header, writes it and
+// hands the conversion of the data to a background process (diskconvert),
+// which survives the command, reports its progress for "cs list" and mounts
+// the volume when it is done. Without device-mapper the volume stays
+// unmounted while it is converted.
+class KVDiskConversion
+{
+public:
+    KVDiskConversion(const KVDiskEnvironment &environment, KVToolOutput &out);
+
+    int convert(const QString &disk, const std::optional<KVSecureBytes> &passphrase);
+
+    // The background process's work: converts what is left of the partition
+    // (a conversion killed half way resumes here) and mounts the result.
+    static int runConverter(const QString &device, const QString &imagefs);
+    // Starts a converter again for every conversion whose process is gone.
+    static void resumeInterrupted(const QList<KVEncryptedVolume> &volumes, const QString &converter);
+
+    static QString keyDescription(const QString &luksUuid);
+
+private:
+    int fail(const QString &reason, int code) const;
+
+    const KVDiskEnvironment &m_environment;
+    KVToolOutput &m_out;
+};
+
+} // namespace kvlinux

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace kvlinux {
+
+// A disk for the disk verbs to work on: a file with a GPT partition table
+// behind a loop device (never one of the machine's disks), an ext4 partition
+// and a FAT one, and the test build of the disk programs (cheap key
+// derivation) run with a runtime directory of their own. Everything the
+// programs made is taken down at the end, also when a test fails half way.
+class KVDiskToolHarness
+{
+public:
+    struct Run
+    {
+        int exitCode = -1;
+        QString output;
+        bool has(const QString &text) const { return output.contains(text); }
+    };
+
+    // ext4Size, fatSize: "200M"...
+    KVDiskToolHarness(const QString &ext4Size, const QString &fatSize);
+    ~KVDiskToolHarness();
+
+    // Why this cannot run here (not root, no loop devices); empty when it can.
+    static QString unavailable();
+    bool isValid() const { return m_valid; }
+
+    QString ext4Partition() const { return m_loop + QStringLiteral("p1"); } // "loopNp1"
+    QString fatPartition() const { return m_loop + QStringLiteral("p2"); }
+    QString mountPoint() const { return m_root + QStringLiteral("/mnt"); }
+    QString runtimeDirectory() const { return m_root + QStringLiteral("/runtime"); }
+
+    Run diskutil(const QStringList &arguments, const QByteArray &input = QByteArray()) const;
+    Run systemProfiler() const;
+    Run shell(const QString &script) const;
+
+    // Mounts the ext4 partition and fills it with files of random data;
+    // returns their checksums.
+    QString fillWithFiles(int megabytes) const;
+    // Checksums of the files in a folder, as fillWithFiles gives them.
+    QString checksums(const QString &folder) const;
+
+private:
+    Run run(const QString &program, const QStringList &arguments, const QByteArray &input) const;
+    void cleanUp() const;
+
+    QTemporaryDir m_directory;
+    QString m_root;
+    QString m_loop; // "loopN"
+    bool m_valid = false;
+};
+
+} // namespace kvlinux

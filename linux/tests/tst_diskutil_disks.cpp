@@ -1,0 +1,287 @@
+// The disk verbs on a real partitioned disk (a loop device over a file): an
+// ext4 partition is found, encrypted in place, locked, unlocked, re-keyed and
+// refused a second time; a conversion killed half way resumes; bad input
+// answers in diskutil's failure texts.
+
+#include "KVDiskToolHarness.h"
+#include "KVPropertyListReader.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTest>
+#include <QThread>
+
+#include <csignal>
+
+using namespace kvlinux;
+
+namespace {
+
+const QByteArray passphrase = QByteArrayLiteral("correct horse");
+
+QVariantList storageItems(const KVDiskToolHarness &disk)
+{
+    const QVariantList report = KVPropertyListReader::read(disk.systemProfiler().output.toUtf8()).toList();
+    return report.isEmpty() ? QVariantList() : report.first().toMap().value(QStringLiteral("_items")).toList();
+}
+
+QVariantMap storageEntry(const KVDiskToolHarness &disk, const QString &bsdName)
+{
+    for (const QVariant &item : storageItems(disk))
+        if (item.toMap().value(QStringLiteral("bsd_name")).toString() == bsdName)
+            return item.toMap();
+    return {};
+}
+
+QVariantMap encryptedEntry(const KVDiskToolHarness &disk)
+{
+    for (const QVariant &item : storageItems(disk))
+        if (item.toMap().contains(QStringLiteral("com.apple.corestorage.lv")))
+            return item.toMap();
+    return {};
+}
+
+QString logicalVolumeUuid(const QVariantMap &entry)
+{
+    return entry.value(QStringLiteral("com.apple.corestorage.lv")).toMap()
+        .value(QStringLiteral("com.apple.corestorage.lv.uuid")).toString();
+}
+
+// The progress figures "cs list" shows until the conversion completes.
+QList<int> followConversion(const KVDiskToolHarness &disk)
+{
+    static const QRegularExpression progress(QStringLiteral("Conversion Progress:\\s*(\\d+)%"));
+    QList<int> seen;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 90000) {
+        const QString listing = disk.diskutil({QStringLiteral("cs"), QStringLiteral("list")}).output;
+        const auto match = progress.match(listing);
+        if (!listing.contains(QLatin1String("Converting"))
+            && !encryptedEntry(disk).value(QStringLiteral("mount_point")).toString().isEmpty())
+            break;
+        if (match.hasMatch())
+            seen.append(match.captured(1).toInt());
+        QThread::msleep(100);
+    }
+    return seen;
+}
+
+} // namespace
+
+class KVDiskutilDisksTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void encryptsLocksUnlocksAndRekeysAPartition();
+    void conversionKilledHalfWayResumes();
+    void badInputIsRefused_data();
+    void badInputIsRefused();
+};
+
+void KVDiskutilDisksTest::init()
+{
+    if (const QString why = KVDiskToolHarness::unavailable(); !why.isEmpty())
+        QSKIP(qPrintable(why));
+}
+
+void KVDiskutilDisksTest::encryptsLocksUnlocksAndRekeysAPartition()
+{
+    KVDiskToolHarness disk(QStringLiteral("200M"), QStringLiteral("64M"));
+    QVERIFY(disk.isValid());
+    const QString files = disk.fillWithFiles(40);
+
+    // Offered for encryption: "Journaled HFS+" on a disk that is not an image.
+    const QVariantMap plain = storageEntry(disk, disk.ext4Partition());
+    QCOMPARE(plain.value(QStringLiteral("file_system")).toString(), QStringLiteral("Journaled HFS+"));
+    QCOMPARE(plain.value(QStringLiteral("mount_point")).toString(), disk.mountPoint());
+    QVERIFY(plain.value(QStringLiteral("physical_drive")).toMap().value(QStringLiteral("protocol")) != QStringLiteral("Disk Image"));
+    QVERIFY(!plain.contains(QStringLiteral("com.apple.corestorage.lv")));
+
+    const auto converted = disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
+                                          QStringLiteral("-stdinpassphrase")}, passphrase);
+    QCOMPARE(converted.exitCode, 0);
+    const QStringList lines = converted.output.split(QLatin1Char('\n'));
+    for (const QString &stage : {QStringLiteral("Started"), QStringLiteral("Resizing"),
+                                 QStringLiteral("Creating Core Storage"), QStringLiteral("Encryption in progress")})
+        QVERIFY2(std::any_of(lines.cbegin(), lines.cend(), [&](const QString &l) { return l.startsWith(stage); }),
+                 qPrintable(converted.output));
+    QVERIFY(converted.has(QStringLiteral("Finished CoreStorage operation")));
+
+    const QList<int> progress = followConversion(disk);
+    QVERIFY(!progress.isEmpty());
+    QVERIFY(std::is_sorted(progress.cbegin(), progress.cend()));
+
+    // Encrypted, mounted again, every file intact.
+    const QVariantMap encrypted = encryptedEntry(disk);
+    const QVariantMap lv = encrypted.value(QStringLiteral("com.apple.corestorage.lv")).toMap();
+    QCOMPARE(lv.value(QStringLiteral("com.apple.corestorage.lv.encrypted")).toString(), QStringLiteral("yes"));
+    QCOMPARE(lv.value(QStringLiteral("com.apple.corestorage.lv.conversionState")).toString(), QStringLiteral("Complete"));
+    QCOMPARE(encrypted.value(QStringLiteral("volume_uuid")), plain.value(QStringLiteral("volume_uuid")));
+    const QString mountPoint = encrypted.value(QStringLiteral("mount_point")).toString();
+    QCOMPARE(disk.checksums(mountPoint), files);
+    QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode == 0);
+
+    // Ejected, it is locked and offered for mounting by its group's shape.
+    const QString uuid = logicalVolumeUuid(encrypted);
+    const QString device = encrypted.value(QStringLiteral("bsd_name")).toString();
+    QCOMPARE(disk.diskutil({QStringLiteral("eject"), QStringLiteral("/dev/") + device}).output.trimmed(),
+             QStringLiteral("Disk /dev/%1 ejected").arg(device));
+    QVERIFY(encryptedEntry(disk).isEmpty());
+    const QVariantMap listing = KVPropertyListReader::read(
+        disk.diskutil({QStringLiteral("cs"), QStringLiteral("list"), QStringLiteral("-plist")}).output.toUtf8()).toMap();
+    const QVariantList groups = listing.value(QStringLiteral("CoreStorageLogicalVolumeGroups")).toList();
+    QCOMPARE(groups.size(), 1);
+    const QVariantMap group = groups.first().toMap();
+    QCOMPARE(group.value(QStringLiteral("CoreStoragePhysicalVolumes")).toList().size(), 1);
+    const QVariantList families = group.value(QStringLiteral("CoreStorageLogicalVolumeFamilies")).toList();
+    QCOMPARE(families.size(), 1);
+    const QVariantMap family = families.first().toMap();
+    QCOMPARE(family.value(QStringLiteral("CoreStorageLogicalVolumes")).toList().first().toMap()
+                 .value(QStringLiteral("CoreStorageUUID")).toString(), uuid);
+    const QVariantMap familyInfo = KVPropertyListReader::read(
+        disk.diskutil({QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"),
+                       family.value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).toMap();
+    QCOMPARE(familyInfo.value(QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionType")).toString(), QStringLiteral("AES-XTS"));
+    QCOMPARE(familyInfo.value(QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionStatus")).toString(), QStringLiteral("Locked"));
+    const QVariantMap pvInfo = KVPropertyListReader::read(
+        disk.diskutil({QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"),
+                       group.value(QStringLiteral("CoreStoragePhysicalVolumes")).toList().first().toMap()
+                           .value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).toMap();
+    QCOMPARE(pvInfo.value(QStringLiteral("DeviceIdentifier")).toString(), disk.ext4Partition());
+    const QVariantMap pvDisk = KVPropertyListReader::read(
+        disk.diskutil({QStringLiteral("info"), QStringLiteral("-plist"), disk.ext4Partition()}).output.toUtf8()).toMap();
+    QCOMPARE(pvDisk.value(QStringLiteral("MountPoint")).toString(), QString());
+
+    // Unlocking: a wrong passphrase, then the right one.
+    const auto unlock = [&](const QByteArray &secret) {
+        return disk.diskutil({QStringLiteral("cs"), QStringLiteral("unlockVolume"), uuid, QStringLiteral("-stdinpassphrase")},
+                             secret);
+    };
+    QVERIFY(unlock("wrong").has(QStringLiteral("-69749")));
+    const auto unlocked = unlock(passphrase);
+    QVERIFY2(unlocked.has(QStringLiteral("Finished CoreStorage operation")), qPrintable(unlocked.output));
+    QVERIFY(unlock(passphrase).has(QStringLiteral("The target Core Storage volume is not locked")));
+    const QString mounted = disk.diskutil({QStringLiteral("mount"), uuid}).output.trimmed();
+    QVERIFY2(mounted.startsWith(QLatin1String("Volume")) && mounted.endsWith(QLatin1String("mounted")), qPrintable(mounted));
+    QCOMPARE(disk.checksums(encryptedEntry(disk).value(QStringLiteral("mount_point")).toString()), files);
+
+    // A new passphrase: only it unlocks afterwards.
+    const auto changed = disk.diskutil({QStringLiteral("cs"), QStringLiteral("changeVolumePassphrase"), uuid,
+                                        QStringLiteral("-stdinpassphrase")}, passphrase + "\nnew secret");
+    QVERIFY2(changed.has(QStringLiteral("Finished CoreStorage operation")), qPrintable(changed.output));
+    QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("changeVolumePassphrase"), uuid,
+                           QStringLiteral("-stdinpassphrase")}, "not it\nother")
+                .has(QStringLiteral("Unable to change the Core Storage passphrase")));
+    const QString lvDevice = encryptedEntry(disk).value(QStringLiteral("bsd_name")).toString();
+    QVERIFY(disk.diskutil({QStringLiteral("eject"), QStringLiteral("/dev/") + lvDevice}).has(QStringLiteral("ejected")));
+    QVERIFY(unlock(passphrase).has(QStringLiteral("-69749")));
+    QVERIFY(unlock("new secret").has(QStringLiteral("Finished CoreStorage operation")));
+
+    // Renamed, and encrypted already: a second conversion is refused.
+    const QString renamed = disk.diskutil({QStringLiteral("rename"),
+                                           encryptedEntry(disk).value(QStringLiteral("mount_point")).toString(),
+                                           QStringLiteral("Holiday Photos")}).output;
+    QVERIFY2(renamed.startsWith(QLatin1String("Volume on")) && renamed.contains(QLatin1String("renamed to")), qPrintable(renamed));
+    QCOMPARE(encryptedEntry(disk).value(QStringLiteral("_name")).toString(), QStringLiteral("Holiday Photos"));
+    QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
+                           QStringLiteral("-stdinpassphrase")}, passphrase).has(QStringLiteral("(-69753)")));
+}
+
+void KVDiskutilDisksTest::conversionKilledHalfWayResumes()
+{
+    KVDiskToolHarness disk(QStringLiteral("350M"), QStringLiteral("32M"));
+    QVERIFY(disk.isValid());
+    const QString files = disk.fillWithFiles(200);
+    const auto converted = disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
+                                          QStringLiteral("-stdinpassphrase")}, passphrase);
+    QVERIFY2(converted.exitCode == 0, qPrintable(converted.output));
+
+    // The converter's record names it; kill it as soon as it has begun.
+    const QDir records(disk.runtimeDirectory() + QStringLiteral("/korvelle/disks"));
+    qint64 converter = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (!converter && clock.elapsed() < 20000) {
+        for (const QString &name : records.entryList({QStringLiteral("conversion-*.json")})) {
+            QFile file(records.filePath(name));
+            file.open(QIODevice::ReadOnly);
+            const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+            if (record.value(QStringLiteral("done")).toString().toULongLong() > 0)
+                converter = record.value(QStringLiteral("converter")).toObject().value(QStringLiteral("pid")).toInteger();
+        }
+        QThread::msleep(5);
+    }
+    QVERIFY(converter > 0);
+    QCOMPARE(kill(pid_t(converter), SIGKILL), 0);
+    QThread::msleep(200);
+    QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("list")}).has(QStringLiteral("Converting (forward)")));
+
+    // The listing above started a new converter; it finishes the work.
+    followConversion(disk);
+    const QVariantMap encrypted = encryptedEntry(disk);
+    QCOMPARE(encrypted.value(QStringLiteral("com.apple.corestorage.lv")).toMap()
+                 .value(QStringLiteral("com.apple.corestorage.lv.conversionState")).toString(), QStringLiteral("Complete"));
+    QCOMPARE(disk.checksums(encrypted.value(QStringLiteral("mount_point")).toString()), files);
+}
+
+void KVDiskutilDisksTest::badInputIsRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<QString>("expected");
+
+    const QString fat = QStringLiteral("FAT");
+    QTest::newRow("unsupported file system") << QStringList{QStringLiteral("cs"), QStringLiteral("convert"), fat, QStringLiteral("-stdinpassphrase")}
+                                             << passphrase << QStringLiteral("(-69756)");
+    QTest::newRow("empty passphrase") << QStringList{QStringLiteral("cs"), QStringLiteral("convert"), QStringLiteral("EXT4"), QStringLiteral("-stdinpassphrase")}
+                                      << QByteArray() << QStringLiteral("Error converting");
+    QTest::newRow("too full to make room") << QStringList{QStringLiteral("cs"), QStringLiteral("convert"), QStringLiteral("EXT4"), QStringLiteral("-stdinpassphrase")}
+                                           << passphrase << QStringLiteral("not enough free space");
+    QTest::newRow("no such disk") << QStringList{QStringLiteral("cs"), QStringLiteral("convert"), QStringLiteral("nosuchdisk9")}
+                                  << QByteArray() << QStringLiteral("Could not find disk");
+    // Refused either way: a partition of the system's disk, or a whole disk.
+    QTest::newRow("the system's disk") << QStringList{QStringLiteral("cs"), QStringLiteral("convert"), QStringLiteral("ROOT")}
+                                       << passphrase << QStringLiteral("Error converting|Could not find disk");
+    QTest::newRow("unlock names nothing") << QStringList{QStringLiteral("cs"), QStringLiteral("unlockVolume"),
+                                                         QStringLiteral("01234567-89AB-CDEF-0123-456789ABCDEF"), QStringLiteral("-stdinpassphrase")}
+                                          << passphrase << QStringLiteral("is not a CoreStorage Logical Volume UUID");
+    QTest::newRow("mount names nothing") << QStringList{QStringLiteral("mount"), QStringLiteral("01234567-89AB-CDEF-0123-456789ABCDEF")}
+                                         << QByteArray() << QStringLiteral("Unable to find disk");
+    QTest::newRow("eject names nothing") << QStringList{QStringLiteral("eject"), QStringLiteral("/dev/nosuchdisk9")}
+                                         << QByteArray() << QStringLiteral("Unable to find disk");
+    QTest::newRow("passphrase change names nothing")
+        << QStringList{QStringLiteral("cs"), QStringLiteral("changeVolumePassphrase"), QStringLiteral("01234567-89AB-CDEF-0123-456789ABCDEF"),
+                       QStringLiteral("-stdinpassphrase")}
+        << QByteArray("a\nb") << QStringLiteral("is not a CoreStorage Logical Volume UUID");
+}
+
+void KVDiskutilDisksTest::badInputIsRefused()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, input);
+    QFETCH(QString, expected);
+    KVDiskToolHarness disk(QStringLiteral("100M"), QStringLiteral("32M"));
+    QVERIFY(disk.isValid());
+    const QString files = disk.fillWithFiles(QTest::currentDataTag() == QLatin1String("too full to make room") ? 80 : 10);
+    const QString root = disk.shell(QStringLiteral("findmnt -n -o SOURCE /")).output.trimmed();
+    arguments.replaceInStrings(QStringLiteral("FAT"), disk.fatPartition());
+    arguments.replaceInStrings(QStringLiteral("EXT4"), disk.ext4Partition());
+    arguments.replaceInStrings(QStringLiteral("ROOT"), root.isEmpty() ? QStringLiteral("/dev/nosuchdisk9") : root);
+    const auto run = disk.diskutil(arguments, input);
+    QVERIFY2(run.output.contains(QRegularExpression(expected)), qPrintable(run.output));
+    QVERIFY(run.exitCode != 0);
+    // Nothing was touched: the ext4 partition is still plain and mounted.
+    QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode != 0);
+    QCOMPARE(disk.checksums(disk.mountPoint()), files);
+}
+
+QTEST_GUILESS_MAIN(KVDiskutilDisksTest)
+#include "tst_diskutil_disks.moc"
