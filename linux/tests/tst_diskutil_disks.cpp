@@ -4,7 +4,7 @@
 // answers in diskutil's failure texts.
 
 #include "KVDiskToolHarness.h"
-#include "KVPropertyListReader.h"
+#include "tools/KVPropertyList.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -25,7 +25,7 @@ const QByteArray passphrase = QByteArrayLiteral("correct horse");
 
 QVariantList storageItems(const KVDiskToolHarness &disk)
 {
-    const QVariantList report = KVPropertyListReader::read(disk.systemProfiler().output.toUtf8()).toList();
+    const QVariantList report = KVPropertyList::decode(disk.systemProfiler().output.toUtf8()).value_or(QVariant()).toList();
     return report.isEmpty() ? QVariantList() : report.first().toMap().value(QStringLiteral("_items")).toList();
 }
 
@@ -135,8 +135,8 @@ void KVDiskutilDisksTest::encryptsLocksUnlocksAndRekeysAPartition()
     QCOMPARE(disk.diskutil({QStringLiteral("eject"), QStringLiteral("/dev/") + device}).output.trimmed(),
              QStringLiteral("Disk /dev/%1 ejected").arg(device));
     QVERIFY(encryptedEntry(disk).isEmpty());
-    const QVariantMap listing = KVPropertyListReader::read(
-        disk.diskutil({QStringLiteral("cs"), QStringLiteral("list"), QStringLiteral("-plist")}).output.toUtf8()).toMap();
+    const QVariantMap listing = KVPropertyList::decode(
+        disk.diskutil({QStringLiteral("cs"), QStringLiteral("list"), QStringLiteral("-plist")}).output.toUtf8()).value_or(QVariant()).toMap();
     const QVariantList groups = listing.value(QStringLiteral("CoreStorageLogicalVolumeGroups")).toList();
     QCOMPARE(groups.size(), 1);
     const QVariantMap group = groups.first().toMap();
@@ -146,18 +146,18 @@ void KVDiskutilDisksTest::encryptsLocksUnlocksAndRekeysAPartition()
     const QVariantMap family = families.first().toMap();
     QCOMPARE(family.value(QStringLiteral("CoreStorageLogicalVolumes")).toList().first().toMap()
                  .value(QStringLiteral("CoreStorageUUID")).toString(), uuid);
-    const QVariantMap familyInfo = KVPropertyListReader::read(
+    const QVariantMap familyInfo = KVPropertyList::decode(
         disk.diskutil({QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"),
-                       family.value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).toMap();
+                       family.value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).value_or(QVariant()).toMap();
     QCOMPARE(familyInfo.value(QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionType")).toString(), QStringLiteral("AES-XTS"));
     QCOMPARE(familyInfo.value(QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionStatus")).toString(), QStringLiteral("Locked"));
-    const QVariantMap pvInfo = KVPropertyListReader::read(
+    const QVariantMap pvInfo = KVPropertyList::decode(
         disk.diskutil({QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"),
                        group.value(QStringLiteral("CoreStoragePhysicalVolumes")).toList().first().toMap()
-                           .value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).toMap();
+                           .value(QStringLiteral("CoreStorageUUID")).toString()}).output.toUtf8()).value_or(QVariant()).toMap();
     QCOMPARE(pvInfo.value(QStringLiteral("DeviceIdentifier")).toString(), disk.ext4Partition());
-    const QVariantMap pvDisk = KVPropertyListReader::read(
-        disk.diskutil({QStringLiteral("info"), QStringLiteral("-plist"), disk.ext4Partition()}).output.toUtf8()).toMap();
+    const QVariantMap pvDisk = KVPropertyList::decode(
+        disk.diskutil({QStringLiteral("info"), QStringLiteral("-plist"), disk.ext4Partition()}).output.toUtf8()).value_or(QVariant()).toMap();
     QCOMPARE(pvDisk.value(QStringLiteral("MountPoint")).toString(), QString());
 
     // Unlocking: a wrong passphrase, then the right one.
