@@ -94,7 +94,8 @@ void KVAppDelegate::applicationDidFinishLaunching()
     m_unifiedVolumes.clear();
     m_di = std::make_unique<KVDiskImage>(m_services.tools, m_services.workspace);
     m_di->setDelegate(this);
-    m_disks = std::make_unique<KVDisk>(m_services.tools, m_services.workspace);
+    // Without the disk tools the disk engine does not follow mounts either.
+    m_disks = std::make_unique<KVDisk>(m_services.tools, disksAvailable() ? m_services.workspace : nullptr);
     m_disks->setDelegate(this);
     reloadMountedList();
 
