@@ -84,6 +84,7 @@ private Q_SLOTS:
     void conversionKilledHalfWayResumes();
     void badInputIsRefused_data();
     void badInputIsRefused();
+    void anOrdinaryUserIsToldAtOnce();
 };
 
 void KVDiskutilDisksTest::init()
@@ -281,6 +282,25 @@ void KVDiskutilDisksTest::badInputIsRefused()
     // Nothing was touched: the ext4 partition is still plain and mounted.
     QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode != 0);
     QCOMPARE(disk.checksums(disk.mountPoint()), files);
+}
+
+// Without pkexec (as here) one line says why; with it, pkexec answers (no
+// agent, no session) at once. Either way nothing waits.
+void KVDiskutilDisksTest::anOrdinaryUserIsToldAtOnce()
+{
+    KVDiskToolHarness disk(QStringLiteral("64M"), QStringLiteral("32M"));
+    QVERIFY(disk.isValid());
+    QElapsedTimer clock;
+    clock.start();
+    const auto run = disk.shell(QStringLiteral("printf secret | setpriv --reuid=65534 --regid=65534 --clear-groups '%1' "
+                                               "cs convert %2 -stdinpassphrase")
+                                    .arg(QStringLiteral(KV_TEST_DISK_DISKUTIL), disk.ext4Partition()));
+    QVERIFY(clock.elapsed() < 20000);
+    QVERIFY(run.exitCode != 0);
+    QVERIFY2(!run.output.trimmed().isEmpty(), qPrintable(run.output));
+    if (!run.output.contains(QLatin1String("pkexec")))
+        QCOMPARE(run.output.trimmed().count(QLatin1Char('\n')), 0);
+    QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode != 0);
 }
 
 QTEST_GUILESS_MAIN(KVDiskutilDisksTest)
