@@ -48,7 +48,7 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
         m_out.error(QStringLiteral("Could not find disk: ") + disk);
         return 1;
     }
-    const QString state = KVDiskInventory::stateDirectory();
+    const QString state = KVDiskInventory::stateDirectory(true);
     if (state.isEmpty())
         return fail(QStringLiteral("No place for the conversion's records"), otherFailure);
     if (KVBlockDevice::isSystemDisk(partition->parentDisk))
@@ -134,7 +134,7 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
 
 int KVDiskConversion::runConverter(const QString &device, const QString &imagefs)
 {
-    const QString state = KVDiskInventory::stateDirectory();
+    const QString state = KVDiskInventory::stateDirectory(true);
     const auto partition = KVBlockDevice::find(device);
     if (state.isEmpty() || !partition)
         return 1;

@@ -55,12 +55,14 @@ bool KVEncryptedVolume::isNamedBy(const QString &identifier) const
         || (isMounted() && QFileInfo(identifier).canonicalFilePath() == mountPoint());
 }
 
-QString KVDiskInventory::stateDirectory()
+QString KVDiskInventory::stateDirectory(bool create)
 {
     const auto runtime = KVRuntimeDirectory::locate();
     if (!runtime)
         return {};
     const QString directory = QDir(*runtime).canonicalPath() + QStringLiteral("/disks");
+    if (!create)
+        return QFileInfo(directory).isDir() ? directory : QString();
     if (!QDir().mkpath(directory))
         return {};
     QFile::setPermissions(directory, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

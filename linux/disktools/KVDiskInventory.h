@@ -70,8 +70,9 @@ struct KVPlainVolume
 class KVDiskInventory
 {
 public:
-    // The directory of the disks' records; empty when there is none.
-    static QString stateDirectory();
+    // The directory of the disks' records; empty when there is none (a
+    // listing never makes it: only opening or converting a volume does).
+    static QString stateDirectory(bool create = false);
 
     QList<KVEncryptedVolume> encryptedVolumes() const;
     QList<KVPlainVolume> plainVolumes() const;

@@ -28,7 +28,7 @@ QString KVVolumeAccess::defaultMountRoot()
 KVImageResult KVVolumeAccess::open(const KVEncryptedVolume &volume, const KVSecureBytes &passphrase,
                                    const QString &mountRoot, KVAttachment &record) const
 {
-    const QString state = KVDiskInventory::stateDirectory();
+    const QString state = KVDiskInventory::stateDirectory(true);
     if (state.isEmpty())
         return KVImageError::fromErrno(EACCES);
     KVLuksImage header(volume.partition.node());
@@ -76,7 +76,7 @@ KVImageResult KVVolumeAccess::close(const KVEncryptedVolume &volume, bool force)
             return error;
     if (auto error = dataPath.eject(record, force))
         return error;
-    const KVAttachmentRegistry registry(KVDiskInventory::stateDirectory());
+    const KVAttachmentRegistry registry(KVDiskInventory::stateDirectory(true));
     const auto lock = registry.lock();
     registry.remove(record);
     return std::nullopt;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <unistd.h>
 #include <limits>
 
 namespace kvlinux {
@@ -44,8 +45,10 @@ std::optional<KVExt4::Superblock> KVExt4::readSuperblock(const QString &payload)
     if (!file.open(QIODevice::ReadOnly) || !file.seek(superblockOffset))
         return std::nullopt;
     const auto superblock = parseSuperblock(file.read(1024));
-    // A file system larger than the payload that carries it is damaged.
-    if (!superblock || superblock->blockCount > quint64(file.size()) / superblock->blockSize)
+    // A file system larger than the payload that carries it is damaged. The
+    // payload may be a partition, whose size only its end tells.
+    const off_t size = lseek(file.handle(), 0, SEEK_END);
+    if (!superblock || size < 0 || superblock->blockCount > quint64(size) / superblock->blockSize)
         return std::nullopt;
     return superblock;
 }

@@ -118,9 +118,10 @@ KVImageResult KVLuksImage::load()
         && (g.sectorSize & (g.sectorSize - 1)) == 0;
     if (!supportedCipher || !supportedSectors)
         return KVImageError(KVImageError::NotSupported);
-    struct stat st;
-    if (g.dataOffset == 0 || g.dataOffset % g.sectorSize != 0
-        || stat(QFile::encodeName(m_path).constData(), &st) != 0 || g.dataOffset > quint64(st.st_size))
+    // A partition's size is where its device ends; a file's is its length.
+    QFile container(m_path);
+    const off_t size = container.open(QIODevice::ReadOnly) ? lseek(container.handle(), 0, SEEK_END) : -1;
+    if (g.dataOffset == 0 || g.dataOffset % g.sectorSize != 0 || size < 0 || g.dataOffset > quint64(size))
         return KVImageError(KVImageError::ImageNotRecognized);
     return std::nullopt;
 }
