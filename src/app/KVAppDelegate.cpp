@@ -129,9 +129,9 @@ bool KVAppDelegate::openFile(const QString &path)
     return true;
 }
 
-void KVAppDelegate::createImageWizardDidEnd(int returnCode, const QString &imagePath)
+void KVAppDelegate::createImageWizardDidEnd(KVSheetReturnCode returnCode, const QString &imagePath)
 {
-    if (returnCode == SheetFinished && KVPreferencesController::prefSaveOpenRecent()
+    if (returnCode == KVSheetReturnCode::Finished && KVPreferencesController::prefSaveOpenRecent()
         && KVPreferencesController::prefMountDiskImageAfterCreation())
         m_services.recentDocuments.noteNewRecentDocumentURL(imagePath);
 }
@@ -180,9 +180,8 @@ void KVAppDelegate::reloadMountedList()
     auto showFailure = [self](const KVOptionalError &error) {
         if (!error)
             return;
-        KVMainQueue::post([self, error = *error] {
-            if (self)
-                self->showError(error);
+        KVMainQueue::post(self, [self, error = *error] {
+            self->showError(error);
         });
     };
     m_di->updateMountedDiskImages(std::nullopt, showFailure);
@@ -199,7 +198,7 @@ bool KVAppDelegate::forceUnmount() const
 
 void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
 {
-    const bool unmountable = item->type() == KVVolumeItem::DiskImageType || item->type() == KVVolumeItem::DiskType;
+    const bool unmountable = item->type() == KVVolumeKind::DiskImage || item->type() == KVVolumeKind::Disk;
     if (!unmountable || item->isSystemPartition())
         return;
     const QPointer<KVAppDelegate> self(this);
@@ -210,9 +209,8 @@ void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
         // a failure counts like a success and is neither logged nor shown.
         if (quit->appShouldTerminate) {
             if (countsForQuit && ++quit->tryToUnmountCount == quit->tryToUnmountQuantity) {
-                KVMainQueue::post([self] {
-                    if (self)
-                        Q_EMIT self->terminate();
+                KVMainQueue::post(self, [self] {
+                    Q_EMIT self->terminate();
                 });
             }
             return;
@@ -222,9 +220,8 @@ void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
         KVSystemLog::write(QStringLiteral("Unmount volume error: %1").arg(error->debugDescription()));
         if (error->localizedFailureReason() == HdiutilEndedAbnormally)
             return;
-        KVMainQueue::post([self, error = *error] {
-            if (self)
-                self->showError(error);
+        KVMainQueue::post(self, [self, error = *error] {
+            self->showError(error);
         });
     });
 }
@@ -303,7 +300,7 @@ void KVAppDelegate::addFavouriteFolder()
 
 void KVAppDelegate::addToFavourites(const KVFavouriteFolderPtr &folder)
 {
-    if (!m_currentSelection || m_currentSelection->type() != KVVolumeItem::DiskImageType)
+    if (!m_currentSelection || m_currentSelection->type() != KVVolumeKind::DiskImage)
         return;
     if (KVOptionalError error = folder->addChildWithVolumeItem(*m_currentSelection)) {
         KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
@@ -477,10 +474,7 @@ void KVAppDelegate::mountDiskImage()
             return;
         m_mountImagePath = urls.first().toLocalFile();
         // After the panel has gone: both are sheets of the main window.
-        KVMainQueue::post([self = QPointer(this)] {
-            if (self)
-                self->mountDiskImageSheet();
-        });
+        KVMainQueue::post(this, [this] { mountDiskImageSheet(); });
     });
     panel->open();
 }
@@ -500,7 +494,7 @@ void KVAppDelegate::mountDiskImageSheet()
 void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
 {
     if (identifier == u"cancel") {
-        m_mountImageWindow->endSheet(SheetCancelled);
+        m_mountImageWindow->endSheet(KVSheetReturnCode::Cancelled);
         return;
     }
     if (identifier != u"mount")
@@ -509,9 +503,8 @@ void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
     m_di->mountDiskImage(m_mountImagePath, m_mountImageWindow->password(), m_mountImageWindow->readOnly(),
                          m_mountImageWindow->mountRoot(), KVPreferencesController::prefOpenFinderAfterMount(),
                          [self = QPointer(this)](const KVOptionalError &error) {
-                             KVMainQueue::post([self, error] {
-                                 if (self)
-                                     self->mountDiskImageDidEnd(error);
+                             KVMainQueue::post(self, [self, error] {
+                                 self->mountDiskImageDidEnd(error);
                              });
                          });
 }
@@ -527,7 +520,7 @@ void KVAppDelegate::mountDiskImageDidEnd(const KVOptionalError &error)
         KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
         showError(*error);
     }
-    m_mountImageWindow->endSheet(SheetSucceeded);
+    m_mountImageWindow->endSheet(KVSheetReturnCode::Succeeded);
 }
 
 void KVAppDelegate::mountDiskImageSheetDidEnd()
@@ -545,7 +538,7 @@ void KVAppDelegate::resetDiskImageMountSheet()
 
 void KVAppDelegate::mountFavourite(const KVFavouriteItemPtr &item)
 {
-    if (!item || item->type() != KVVolumeItem::DiskImageType)
+    if (!item || item->type() != KVVolumeKind::DiskImage)
         return;
     if (!m_favouriteMountViewsController)
         m_favouriteMountViewsController =

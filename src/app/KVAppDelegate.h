@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KVFavouriteFolder.h"
+#include "KVSheetReturnCode.h"
 #include "diskimage/KVDiskImageDelegate.h"
 #include "disk/KVDiskDelegate.h"
 #include "model/KVVolumeItem.h"
@@ -81,13 +82,9 @@ public:
     void renameFavouriteFolder(const KVFavouriteFolderPtr &folder, const QString &name);
     void updateFavs();
 
-    // Sheet return codes shared by every dialog.
-    static constexpr int SheetSucceeded = -1002;
-    static constexpr int SheetCancelled = -1001;
-    static constexpr int SheetFinished = -1000;
     // The create-image wizard's sheet ended: a finished creation that was
     // mounted goes to the recent documents when the user wants that.
-    void createImageWizardDidEnd(int returnCode, const QString &imagePath);
+    void createImageWizardDidEnd(KVSheetReturnCode returnCode, const QString &imagePath);
 
     // The image about to be mounted through the mount sheet.
     const QString &mountImagePath() const { return m_mountImagePath; }

@@ -18,10 +18,10 @@ KVFavouriteFolder::KVFavouriteFolder(const QString &name)
 
 KVOptionalError KVFavouriteFolder::addChildWithVolumeItem(const KVVolumeItem &volume)
 {
-    auto created = KVFavouriteItem::create(volume, shared_from_this());
-    if (auto *error = std::get_if<KVAppError>(&created))
-        return *error;
-    m_content.append(std::get<KVFavouriteItemPtr>(created));
+    const KVResult<KVFavouriteItemPtr> created = KVFavouriteItem::create(volume, shared_from_this());
+    if (!created)
+        return created.error();
+    m_content.append(created.value());
     return std::nullopt;
 }
 

@@ -12,7 +12,7 @@ KVFavouriteItemPtr KVFavouriteItem::create(const QString &name, const KVFavourit
     return item;
 }
 
-std::variant<KVFavouriteItemPtr, KVAppError> KVFavouriteItem::create(const KVVolumeItem &volume,
+KVResult<KVFavouriteItemPtr> KVFavouriteItem::create(const KVVolumeItem &volume,
                                                                      const KVFavouriteFolderPtr &parent)
 {
     KVFavouriteItemPtr item(new KVFavouriteItem);
@@ -22,30 +22,30 @@ std::variant<KVFavouriteItemPtr, KVAppError> KVFavouriteItem::create(const KVVol
     item->m_type = volume.type();
     item->m_readOnly = volume.readOnly();
     if (!volume.location().isEmpty()) {
-        auto bookmark = bookmarkForURL(volume.location());
-        if (auto *error = std::get_if<KVAppError>(&bookmark))
-            return *error;
-        item->m_location = std::get<QByteArray>(bookmark);
+        KVResult<QByteArray> bookmark = bookmarkForURL(volume.location());
+        if (!bookmark)
+            return bookmark.error();
+        item->m_location = std::move(bookmark).value();
     }
     return item;
 }
 
-std::variant<QByteArray, KVAppError> KVFavouriteItem::bookmarkForURL(const QString &path)
+KVResult<QByteArray> KVFavouriteItem::bookmarkForURL(const QString &path)
 {
     return KVBookmark::create(path);
 }
 
-std::variant<QString, KVAppError> KVFavouriteItem::locationURL()
+KVResult<QString> KVFavouriteItem::locationURL()
 {
-    auto resolved = KVBookmark::resolve(m_location);
-    if (auto *error = std::get_if<KVAppError>(&resolved))
-        return *error;
-    const KVBookmark::Resolution resolution = std::get<KVBookmark::Resolution>(resolved);
+    const KVResult<KVBookmark::Resolution> resolved = KVBookmark::resolve(m_location);
+    if (!resolved)
+        return resolved.error();
+    const KVBookmark::Resolution &resolution = resolved.value();
     if (resolution.stale) {
-        auto renewed = bookmarkForURL(resolution.path);
-        if (auto *error = std::get_if<KVAppError>(&renewed))
-            return *error;
-        m_location = std::get<QByteArray>(renewed);
+        KVResult<QByteArray> renewed = bookmarkForURL(resolution.path);
+        if (!renewed)
+            return renewed.error();
+        m_location = std::move(renewed).value();
         KVAppNotifications::instance().postUpdateFavs();
     }
     if (KVOptionalError unreachable = KVBookmark::checkReachable(resolution.path))
@@ -66,7 +66,7 @@ size_t KVFavouriteItem::hash() const
     // agrees with equality.
     const quint64 t = 31u * (31u * (31u + quint64(qHash(m_name))) + quint64(qHash(m_mountPoint)))
         + (m_readOnly ? 1u : 0u);
-    return 31u * (t != 0 ? 1231u : 1237u) + quint64(qHash(m_type));
+    return 31u * (t != 0 ? 1231u : 1237u) + quint64(qHash(kvVolumeKindText(m_type)));
 }
 
 qsizetype kvIndexOfItem(const QList<KVFavouriteItemPtr> &items, const KVFavouriteItem &item)

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "KVFavouriteFolder.h"
+#include "model/KVResult.h"
+#include "model/KVVolumeKind.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <variant>
 
 // A disk image the user keeps in a favourite folder, to attach again later.
 // It remembers the image file through a bookmark, so a moved or renamed file is
@@ -17,7 +18,7 @@ public:
     static KVFavouriteItemPtr create(const QString &name = QString(), const KVFavouriteFolderPtr &parent = nullptr);
     // A favourite for a mounted volume: its name, mount point, read-only state
     // and type, and a bookmark of its image file.
-    static std::variant<KVFavouriteItemPtr, KVAppError> create(const KVVolumeItem &volume,
+    static KVResult<KVFavouriteItemPtr> create(const KVVolumeItem &volume,
                                                                const KVFavouriteFolderPtr &parent);
 
     // The folder that holds the item. Folders own their items, so the item
@@ -30,16 +31,16 @@ public:
     void setMountPoint(const QString &mountPoint) { m_mountPoint = mountPoint; }
     bool readOnly() const { return m_readOnly; }
     void setReadOnly(bool readOnly) { m_readOnly = readOnly; }
-    const QString &type() const { return m_type; }
-    void setType(const QString &type) { m_type = type; }
+    KVVolumeKind type() const { return m_type; }
+    void setType(KVVolumeKind type) { m_type = type; }
     // Bookmark data of the image file.
     const QByteArray &location() const { return m_location; }
     void setLocation(const QByteArray &location) { m_location = location; }
 
-    static std::variant<QByteArray, KVAppError> bookmarkForURL(const QString &path);
+    static KVResult<QByteArray> bookmarkForURL(const QString &path);
     // The image file's path now. A bookmark that found the file elsewhere is
     // renewed, and "updateFavs" posted so that the list is saved again.
-    std::variant<QString, KVAppError> locationURL();
+    KVResult<QString> locationURL();
 
     // Items are equal when name, mount point, read-only state and type agree.
     bool operator==(const KVFavouriteItem &other) const;
@@ -52,7 +53,7 @@ private:
     QString m_name;
     QString m_mountPoint;
     bool m_readOnly = false;
-    QString m_type;
+    KVVolumeKind m_type = KVVolumeKind::None;
     QByteArray m_location;
 };
 

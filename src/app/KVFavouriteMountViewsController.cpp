@@ -43,9 +43,9 @@ void KVFavouriteMountViewsController::showError(const KVAppError &error)
 
 void KVFavouriteMountViewsController::setFavouriteItemToMount(const KVFavouriteItemPtr &item)
 {
-    const std::variant<QString, KVAppError> location = item->locationURL();
-    if (const auto *error = std::get_if<KVAppError>(&location)) {
-        showError(*error);
+    const KVResult<QString> location = item->locationURL();
+    if (!location) {
+        showError(location.error());
         reset();
         return;
     }
@@ -58,7 +58,7 @@ void KVFavouriteMountViewsController::mountFavouriteButtons(const QString &ident
     if (identifier == u"mount") {
         mount();
     } else if (identifier == u"cancel" || identifier == u"exit") {
-        m_window->endSheet(KVAppDelegate::SheetCancelled);
+        m_window->endSheet(KVSheetReturnCode::Cancelled);
         reset();
     }
 }
@@ -78,14 +78,14 @@ void KVFavouriteMountViewsController::mount()
 {
     disableButtons();
     if (!m_favouriteItemToMount || !m_di) {
-        m_window->endSheet(KVAppDelegate::SheetCancelled);
+        m_window->endSheet(KVSheetReturnCode::Cancelled);
         reset();
         return;
     }
-    const std::variant<QString, KVAppError> location = m_favouriteItemToMount->locationURL();
-    if (const auto *error = std::get_if<KVAppError>(&location)) {
-        showError(*error);
-        m_window->endSheet(KVAppDelegate::SheetCancelled);
+    const KVResult<QString> location = m_favouriteItemToMount->locationURL();
+    if (!location) {
+        showError(location.error());
+        m_window->endSheet(KVSheetReturnCode::Cancelled);
         reset();
         return;
     }
@@ -95,12 +95,11 @@ void KVFavouriteMountViewsController::mount()
     else
         root = mountRoot(m_favouriteItemToMount->mountPoint());
 
-    m_di->mountDiskImage(std::get<QString>(location), m_window->password(), m_favouriteItemToMount->readOnly(), root,
+    m_di->mountDiskImage(location.value(), m_window->password(), m_favouriteItemToMount->readOnly(), root,
                          KVPreferencesController::prefOpenFinderAfterMount(),
                          [self = QPointer(this)](const KVOptionalError &error) {
-                             KVMainQueue::post([self, error] {
-                                 if (self)
-                                     self->mountDidEnd(error);
+                             KVMainQueue::post(self, [self, error] {
+                                 self->mountDidEnd(error);
                              });
                          });
 }
@@ -114,7 +113,7 @@ void KVFavouriteMountViewsController::mountDidEnd(const KVOptionalError &error)
     }
     if (error)
         showError(*error);
-    m_window->endSheet(error ? KVAppDelegate::SheetCancelled : KVAppDelegate::SheetSucceeded);
+    m_window->endSheet(error ? KVSheetReturnCode::Cancelled : KVSheetReturnCode::Succeeded);
     reset();
 }
 

@@ -33,7 +33,7 @@ public:
             fields.encodeString(QStringLiteral("name"), item->name());
             fields.encodeString(QStringLiteral("mountPoint"), item->mountPoint());
             fields.encodeBool(QStringLiteral("readOnly"), item->readOnly());
-            fields.encodeString(QStringLiteral("type"), item->type());
+            fields.encodeString(QStringLiteral("type"), kvVolumeKindText(item->type()));
             fields.encodeData(QStringLiteral("location"), item->location());
         });
     }
@@ -98,7 +98,7 @@ public:
         item->setName(string(fields, QStringLiteral("name")));
         item->setMountPoint(string(fields, QStringLiteral("mountPoint")));
         item->setReadOnly(KVValue::boolValue(fields.value(QStringLiteral("readOnly"))));
-        item->setType(string(fields, QStringLiteral("type")));
+        item->setType(kvVolumeKindFromText(string(fields, QStringLiteral("type"))));
         item->setLocation(object(fields, QStringLiteral("location")).toByteArray());
         return item;
     }

@@ -66,14 +66,14 @@ void KVMountSheet::focusPassword()
     m_password->setFocus(Qt::OtherFocusReason);
 }
 
-void KVMountSheet::endSheet(int returnCode)
+void KVMountSheet::endSheet(KVSheetReturnCode returnCode)
 {
-    done(returnCode);
+    done(static_cast<int>(returnCode));
 }
 
 bool KVMountSheet::showsInSheet(const KVAppError &error)
 {
-    return error.is(10) || error.is(30);
+    return error.is(KVAppErrorCode::WrongPassword) || error.is(KVAppErrorCode::InvalidMountPath);
 }
 
 void KVMountSheet::reject()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KVSheetReturnCode.h"
 #include "model/KVAppError.h"
 
 #include <QDialog>
@@ -34,7 +35,7 @@ public:
     void showErrorNotification(const QString &reason);
     void hideErrorNotification();
     void focusPassword();
-    void endSheet(int returnCode);
+    void endSheet(KVSheetReturnCode returnCode);
 
     // A wrong password or an invalid mount path is said in the sheet, so that
     // the user can correct it; everything else ends the sheet with an alert.

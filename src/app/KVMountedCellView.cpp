@@ -32,10 +32,10 @@ KVMountedCellView::KVMountedCellView(const KVVolumeItem &volume)
     : m_name(volume.name())
     , m_unmountButtonVisible(hasUnmountButton(volume))
 {
-    if (volume.type() == KVVolumeItem::DiskImageType) {
+    if (volume.type() == KVVolumeKind::DiskImage) {
         m_size = createSizeInfoFromVolumeItem(volume);
         m_image = QStringLiteral("DiskImageMountedIcon");
-    } else if (volume.type() == KVVolumeItem::DiskType) {
+    } else if (volume.type() == KVVolumeKind::Disk) {
         m_image = QStringLiteral("DiskIcon");
         if (volume.converting())
             m_encryptionProgress = double(volume.conversionProgress());
@@ -46,8 +46,8 @@ KVMountedCellView::KVMountedCellView(const KVVolumeItem &volume)
 
 bool KVMountedCellView::hasUnmountButton(const KVVolumeItem &volume)
 {
-    return volume.type() == KVVolumeItem::DiskImageType
-           || (volume.type() == KVVolumeItem::DiskType && !volume.isSystemPartition());
+    return volume.type() == KVVolumeKind::DiskImage
+           || (volume.type() == KVVolumeKind::Disk && !volume.isSystemPartition());
 }
 
 QString KVMountedCellView::createSizeInfoFromVolumeItem(const KVVolumeItem &volume)

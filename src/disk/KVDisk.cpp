@@ -115,9 +115,8 @@ void KVDisk::updateMountedDisks(ErrorBlock block)
                     if (KVStorageReport::isEncryptedCoreStorageVolume(KVValue::dictionary(entry)))
                         items.append(KVVolumeItem::create({{SysProfilerInfoKey, entry}}, reference, tools));
                 }
-                KVMainQueue::post([self, items] {
-                    if (self)
-                        self->setMountedDisks(items);
+                KVMainQueue::post(self, [self, items] {
+                    self->setMountedDisks(items);
                 });
             }
             block(report.error);
@@ -137,9 +136,8 @@ void KVDisk::updateDisksToEncrypt(ErrorBlock block)
 {
     m_mainDiskProcessingQueue.addOperation(
         [tools = m_tools, self = QPointer<KVDisk>(this), reference = QPointer<KVVolumeEngine>(this), block] {
-            KVMainQueue::post([self] {
-                if (self)
-                    self->m_disksToEncrypt.clear();
+            KVMainQueue::post(self, [self] {
+                self->m_disksToEncrypt.clear();
             });
             const KVStorageReport report =
                 KVStorageReport::read(tools.systemProfiler, KVStorageReport::AbnormalExit::KeepsRecognisedMessage);
@@ -148,9 +146,8 @@ void KVDisk::updateDisksToEncrypt(ErrorBlock block)
                 if (KVStorageReport::canBeEncrypted(KVValue::dictionary(entry)))
                     items.append(KVVolumeItem::create({{SysProfilerInfoKey, entry}}, reference, tools));
             }
-            KVMainQueue::post([self, items] {
-                if (self)
-                    self->m_disksToEncrypt = items;
+            KVMainQueue::post(self, [self, items] {
+                self->m_disksToEncrypt = items;
             });
             block(report.error);
         });
@@ -160,17 +157,15 @@ void KVDisk::updateDisksToMount(ErrorBlock block)
 {
     m_mainDiskProcessingQueue.addOperation(
         [tools = m_tools, self = QPointer<KVDisk>(this), reference = QPointer<KVVolumeEngine>(this), block] {
-            KVMainQueue::post([self] {
-                if (self)
-                    self->m_disksToMount.clear();
+            KVMainQueue::post(self, [self] {
+                self->m_disksToMount.clear();
             });
             const KVUnmountedVolumeScan scan = KVUnmountedVolumeScan::run(tools.diskutil);
             QList<KVVolumeItemPtr> items;
             for (const QVariantMap &volume : scan.volumes)
                 items.append(KVVolumeItem::create(volume, reference, tools));
-            KVMainQueue::post([self, items] {
-                if (self)
-                    self->m_disksToMount.append(items);
+            KVMainQueue::post(self, [self, items] {
+                self->m_disksToMount.append(items);
             });
             block(scan.error);
         });
@@ -224,11 +219,9 @@ void KVDisk::updateMountedDisksAfterUnmount(const QVariantMap &userInfo)
     const KVVolumeItemPtr item = mountedDiskAt(pathOf(userInfo.value(NSWorkspaceVolumeURLKey)));
     if (!item)
         return;
-    KVMainQueue::post([self = QPointer<KVDisk>(this), item] {
-        if (!self)
-            return;
-        self->m_mountedDisks.removeAll(item);
-        self->mountedDisksDidChange();
+    KVMainQueue::post(this, [this, item] {
+        m_mountedDisks.removeAll(item);
+        mountedDisksDidChange();
     });
 }
 
@@ -239,12 +232,10 @@ void KVDisk::updateMountedDisksAfterRename(const QVariantMap &userInfo)
         return;
     const QString mountPoint = pathOf(userInfo.value(NSWorkspaceVolumeURLKey));
     const QString name = KVValue::stringValue(userInfo.value(NSWorkspaceVolumeLocalizedNameKey));
-    KVMainQueue::post([self = QPointer<KVDisk>(this), item, mountPoint, name] {
-        if (!self)
-            return;
+    KVMainQueue::post(this, [this, item, mountPoint, name] {
         item->setMountPoint(mountPoint);
         item->setName(name);
-        self->mountedDisksDidChange();
+        mountedDisksDidChange();
     });
 }
 
@@ -254,9 +245,8 @@ void KVDisk::updateMountedDisksStatus()
 {
     m_mainDiskProcessingQueue.addOperation([diskutil = m_tools.diskutil, self = QPointer<KVDisk>(this)] {
         const KVConversionStatusPoll poll = KVConversionStatusPoll::run(diskutil);
-        KVMainQueue::post([self, poll] {
-            if (self)
-                self->applyConversionStatus(poll.statuses, poll.failed);
+        KVMainQueue::post(self, [self, poll] {
+            self->applyConversionStatus(poll.statuses, poll.failed);
         });
     });
 }

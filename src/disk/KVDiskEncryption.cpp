@@ -24,14 +24,14 @@ void KVDiskEncryption::run(const QString &diskutil, const ProgressBlock &block)
     // the number is looked for in everything that arrived with the line.
     const KVOptionalError error = run.runLineStream([&](const QString &line, QStringView chunkFromLine) {
         if (line.contains(u"Could not find disk"))
-            run.fail(kvLocalized("Could not find disk"), 150);
+            run.fail(kvLocalized("Could not find disk"), KVAppErrorCode::DiskNotFound);
         if (line.contains(u"Error converting")) {
             if (chunkFromLine.contains(u"(-69756)"))
-                run.fail(kvLocalized("The given file system is not supported on Core Storage"), 160);
+                run.fail(kvLocalized("The given file system is not supported on Core Storage"), KVAppErrorCode::FileSystemNotSupported);
             else if (chunkFromLine.contains(u"(-69753)"))
-                run.fail(kvLocalized("The target disk is already in use by Core Storage"), 170);
+                run.fail(kvLocalized("The target disk is already in use by Core Storage"), KVAppErrorCode::DiskInUseByCoreStorage);
             else
-                run.fail(kvLocalized(chunkFromLine.toString()), 100);
+                run.fail(kvLocalized(chunkFromLine.toString()), KVAppErrorCode::ToolMessage);
         }
         block(line, false, std::nullopt);
     });

@@ -11,7 +11,7 @@ using Verdict = KVDiskutilCommand::Verdict;
 const QString StandardInputPassphrase = QStringLiteral("-stdinpassphrase");
 const QString FinishedText = QStringLiteral("Finished CoreStorage operation");
 
-std::optional<Failure> failure(const char *message, int code)
+std::optional<Failure> failure(const char *message, KVAppErrorCode code)
 {
     return Failure{kvLocalized(message), code};
 }
@@ -19,7 +19,7 @@ std::optional<Failure> failure(const char *message, int code)
 // Text diskutil printed that no table row knows: shown as it stands.
 std::optional<Failure> toolText(const QString &output)
 {
-    return Failure{kvLocalized(output), 100};
+    return Failure{kvLocalized(output), KVAppErrorCode::ToolMessage};
 }
 
 // The CoreStorage verbs report "Finished CoreStorage operation" when they
@@ -31,11 +31,11 @@ Verdict coreStorageVerdict(QString wrongPassphraseText)
         if (output.contains(FinishedText))
             return std::nullopt;
         if (output.contains(wrongPassphraseText))
-            return failure("Wrong Password", 10);
+            return failure("Wrong Password", KVAppErrorCode::WrongPassword);
         if (output.contains(u"is not a CoreStorage Logical Volume UUID"))
-            return failure("Disk doesn't exist", 150);
+            return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
         if (output.contains(u"The target Core Storage volume is not locked"))
-            return failure("The Disk is not locked", 30);
+            return failure("The Disk is not locked", KVAppErrorCode::VolumeNotLocked);
         return toolText(output);
     };
 }
@@ -48,7 +48,7 @@ Verdict announcedVerdict(QString first, QString last)
         if (output.startsWith(first) && output.endsWith(last))
             return std::nullopt;
         if (output.contains(u"Unable to find disk"))
-            return failure("Disk doesn't exist", 150);
+            return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
         return toolText(output);
     };
 }
@@ -84,9 +84,9 @@ KVDiskutilCommand KVDiskutilCommand::revert(const QString &logicalVolumeUUID, st
                                      return std::nullopt;
                                  if (output.contains(u"Unable to unlock the Core Storage volume")
                                      || output.contains(u"no passphrase specified"))
-                                     return failure("Wrong Password", 10);
+                                     return failure("Wrong Password", KVAppErrorCode::WrongPassword);
                                  if (output.contains(u"Unable to find disk"))
-                                     return failure("Disk doesn't exist", 150);
+                                     return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
                                  return toolText(output);
                              });
 }
@@ -123,9 +123,9 @@ KVDiskutilCommand KVDiskutilCommand::rename(const QString &mountPoint, const QSt
                                  if (output.startsWith(u"Volume on") && output.contains(u"renamed to"))
                                      return std::nullopt;
                                  if (output.contains(u"Could not find disk for"))
-                                     return failure("Disk doesn't exist", 150);
+                                     return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
                                  if (output.contains(u"does not appear to be a valid volume name for its file system"))
-                                     return failure("This is not a valid volume name", 180);
+                                     return failure("This is not a valid volume name", KVAppErrorCode::InvalidVolumeName);
                                  return toolText(output);
                              });
 }

@@ -22,7 +22,7 @@ public:
     struct Failure
     {
         QString message;
-        int code = 0;
+        KVAppErrorCode code = KVAppErrorCode::ToolMessage;
     };
     // Reads the output: nothing for success, or the failure it shows.
     using Verdict = std::function<std::optional<Failure>(const QString &output)>;

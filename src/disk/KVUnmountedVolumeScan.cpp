@@ -58,7 +58,8 @@ public:
             [&](KVToolRun &run, const QByteArray &output) {
                 if (output.startsWith("Could not find disk")) {
                     KVSystemLog::write(QStringLiteral("Error diskutil info: Could not find disk"));
-                    run.fail(kvLocalized("Error diskutil info: Could not find disk"), 150, NSCocoaErrorDomain);
+                    run.failWithSystemError(kvLocalized("Error diskutil info: Could not find disk"),
+                                               static_cast<int>(KVAppErrorCode::DiskNotFound));
                     return;
                 }
                 result = decode(run, output);

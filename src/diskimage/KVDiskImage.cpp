@@ -107,14 +107,12 @@ void KVDiskImage::updateMountedDiskImages(const std::optional<QString> &filter, 
         if (info.value) {
             const QList<KVVolumeItemPtr> found = mountedEncryptedImages(*info.value, filter, reference, tools);
             if (!filter) {
-                KVMainQueue::post([self, found] {
-                    if (self)
-                        self->replaceMountedDiskImages(found);
+                KVMainQueue::post(self, [self, found] {
+                    self->replaceMountedDiskImages(found);
                 });
             } else if (found.size() == 1) {
-                KVMainQueue::post([self, found] {
-                    if (self)
-                        self->insertMountedDiskImage(found.first());
+                KVMainQueue::post(self, [self, found] {
+                    self->insertMountedDiskImage(found.first());
                 });
             }
         }
@@ -164,9 +162,7 @@ void KVDiskImage::runUpdateMountedDiskImages(const QVariantMap &userInfo)
     updateMountedDiskImages(filter, [self = QPointer<KVDiskImage>(this)](const KVOptionalError &error) {
         if (!error)
             return;
-        KVMainQueue::post([self, error = *error] {
-            if (!self)
-                return;
+        KVMainQueue::post(self, [self, error = *error] {
             if (KVDiskImageDelegate *delegate = self->delegate())
                 delegate->mountedDiskImagesUpdateDidFail(self, error);
         });
@@ -189,11 +185,9 @@ void KVDiskImage::updateMountedDiskImagesAfterUnmount(const QVariantMap &userInf
     const KVVolumeItemPtr gone = mountedDiskImageAt(userInfo.value(NSWorkspaceVolumeURLKey).toUrl());
     if (!gone)
         return;
-    KVMainQueue::post([self = QPointer<KVDiskImage>(this), gone] {
-        if (!self)
-            return;
-        self->m_mountedDiskImages.removeIf([&gone](const KVVolumeItemPtr &item) { return *item == *gone; });
-        self->mountedDiskImagesDidChange();
+    KVMainQueue::post(this, [this, gone] {
+        m_mountedDiskImages.removeIf([&gone](const KVVolumeItemPtr &item) { return *item == *gone; });
+        mountedDiskImagesDidChange();
     });
 }
 
@@ -204,14 +198,12 @@ void KVDiskImage::updateMountedDiskImagesAfterRename(const QVariantMap &userInfo
         return;
     const QString mountPoint = filePath(userInfo.value(NSWorkspaceVolumeURLKey).toUrl());
     const QString name = userInfo.value(NSWorkspaceVolumeLocalizedNameKey).toString();
-    KVMainQueue::post([self = QPointer<KVDiskImage>(this), renamed, mountPoint, name] {
-        if (!self)
-            return;
+    KVMainQueue::post(this, [this, renamed, mountPoint, name] {
         // Equality does not look at the mount point or the name: the item
         // keeps its place.
         renamed->setMountPoint(mountPoint);
         renamed->setName(name);
-        self->mountedDiskImagesDidChange();
+        mountedDiskImagesDidChange();
     });
 }
 
@@ -228,7 +220,7 @@ void KVDiskImage::mountDiskImage(const QString &imagePath, const QString &passwo
 
 void KVDiskImage::unmountVolume(const KVVolumeItemPtr &item, bool force, ErrorBlock errorBlock)
 {
-    if (item->type() == KVVolumeItem::DiskImageType) {
+    if (item->type() == KVVolumeKind::DiskImage) {
         // An image's volume usually lives on a slice of the image's own
         // partition-scheme device (disk3s2 on /dev/disk3): detaching that
         // device is enough. Otherwise the volume's own whole disk goes first.
@@ -252,7 +244,7 @@ void KVDiskImage::unmountVolume(const KVVolumeItemPtr &item, bool force, ErrorBl
     } else if (!item->mountPoint().isEmpty()) {
         detach(item->mountPoint(), force, std::move(errorBlock));
     } else {
-        errorBlock(KVAppError(KVAppErrorDomain, 200, kvLocalized("Unmount failed"),
+        errorBlock(KVAppError(KVAppErrorCode::NoMountPoint, kvLocalized("Unmount failed"),
                               kvLocalized("Volume has no mount point")));
     }
 }

@@ -25,7 +25,7 @@ void failWithLastLine(KVToolRun &run, const QString &text)
     if (pieces.last().isEmpty())
         pieces.removeLast();
     if (!pieces.isEmpty())
-        run.fail(kvLocalized(pieces.last()), 100);
+        run.fail(kvLocalized(pieces.last()), KVAppErrorCode::ToolMessage);
 }
 
 } // namespace
@@ -66,13 +66,13 @@ KVOptionalError KVHdiutil::attach(const QString &imagePath, KVSecret password, b
         // Plain substring tests in this order: any code that begins with a 2
         // (22, say) reads as a missing image.
         if (text.contains(u"DIHLDiskImageAttach() returned 80"))
-            run.fail(kvLocalized("Wrong Password"), 10);
+            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
         else if (text.contains(u"DIHLDiskImageAttach() returned 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
         else if (text.contains(u"DIHLDiskImageAttach() returned 112"))
-            run.fail(kvLocalized("Invalid Mount Path"), 30);
+            run.fail(kvLocalized("Invalid Mount Path"), KVAppErrorCode::InvalidMountPath);
         else if (text.contains(u"DIHLDiskImageAttach() returned 16"))
-            run.fail(kvLocalized("Resource busy, Disk Image may already be mounted."), 40);
+            run.fail(kvLocalized("Resource busy, Disk Image may already be mounted."), KVAppErrorCode::ResourceBusy);
         else
             failWithLastLine(run, text);
     });
@@ -93,11 +93,11 @@ KVOptionalError KVHdiutil::detach(const QString &deviceOrPath, bool force) const
         if (text.contains(u"unmounted.") && text.contains(u"ejected."))
             return;
         if (text.contains(u"hdiutil: detach: result: 2"))
-            run.fail(kvLocalized("Disk Volume point doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Volume point doesn't exist"), KVAppErrorCode::NotFound);
         else if (!text.contains(u"hdiutil: couldn't unmount"))
             failWithLastLine(run, text);
         else
-            run.fail(kvLocalized("Resource busy, Volume may still be used."), 40);
+            run.fail(kvLocalized("Resource busy, Volume may still be used."), KVAppErrorCode::ResourceBusy);
     });
 }
 
@@ -107,7 +107,7 @@ KVOptionalError KVHdiutil::create(const QString &pathWithoutExtension, std::opti
 {
     const QString title = kvLocalized("Disk Image creation failed");
     if (pathWithoutExtension.isEmpty())
-        return KVAppError(KVAppErrorDomain, 50, title, kvLocalized("There is no path parameter"));
+        return KVAppError(KVAppErrorCode::NoPath, title, kvLocalized("There is no path parameter"));
 
     QStringList arguments{QStringLiteral("create"), QStringLiteral("-verbose"), QStringLiteral("-puppetstrings"),
                           QStringLiteral("-fs"), QStringLiteral("Journaled HFS+"), QStringLiteral("-type"),
@@ -130,12 +130,12 @@ KVOptionalError KVHdiutil::create(const QString &pathWithoutExtension, std::opti
         // summary line that follows it, so it replaces anything found before.
         if (line.contains(u"DIHLDiskImageCreate() returned")) {
             if (line.contains(u"DIHLDiskImageCreate() returned 2"))
-                run.fail(kvLocalized("File or directory doesn't exist"), 20);
+                run.fail(kvLocalized("File or directory doesn't exist"), KVAppErrorCode::NotFound);
             else if (line.contains(u"DIHLDiskImageCreate() returned 17"))
-                run.fail(kvLocalized("File already exists."), 25);
+                run.fail(kvLocalized("File already exists."), KVAppErrorCode::FileExists);
         }
         if (line.contains(u"create failed") && !run.hasFailed())
-            run.fail(kvLocalized(line), 100);
+            run.fail(kvLocalized(line), KVAppErrorCode::ToolMessage);
         onLine(line);
     });
 }
@@ -157,11 +157,11 @@ KVOptionalError KVHdiutil::changePassword(const QString &imagePath, KVSecret pas
         if (!text.contains(u"chpass failed"))
             return;
         if (text.contains(u"hdiutil: chpass: result: 80"))
-            run.fail(kvLocalized("Wrong Password"), 10);
+            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
         else if (!text.contains(u"hdiutil: chpass: result: 2"))
             failWithLastLine(run, text);
         else
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
     });
 }
 
@@ -174,7 +174,7 @@ KVOptionalError KVHdiutil::eraseKeys(const QString &imagePath) const
         if (!text.contains(u"erasekeys failed"))
             return;
         if (text.contains(u"hdiutil: erasekeys: result: 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
         else
             failWithLastLine(run, text);
     });
@@ -195,11 +195,11 @@ KVHdiutil::PropertyList KVHdiutil::limits(const QString &imagePath, KVSecret pas
             return;
         }
         if (text.endsWith(u"(80)"))
-            run.fail(kvLocalized("Wrong Password"), 10);
+            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
         else if (text.endsWith(u"(2)"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
         else
-            run.fail(kvLocalized(text), 100);
+            run.fail(kvLocalized(text), KVAppErrorCode::ToolMessage);
     });
     return result;
 }
@@ -220,13 +220,13 @@ KVOptionalError KVHdiutil::resize(const QString &imagePath, std::optional<float>
         if (!text.contains(u"resize: failed"))
             return;
         if (text.endsWith(u"(80)"))
-            run.fail(kvLocalized("Wrong Password"), 10);
+            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
         else if (text.endsWith(u"(2)"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
         else if (text.endsWith(u"(35)"))
-            run.fail(kvLocalized("Disk Image is mounted"), 60);
+            run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
         else
-            run.fail(kvLocalized(text), 100);
+            run.fail(kvLocalized(text), KVAppErrorCode::ToolMessage);
     });
 }
 
@@ -241,13 +241,13 @@ KVOptionalError KVHdiutil::compact(const QString &imagePath, KVSecret password) 
         if (!text.contains(u"compact failed"))
             return;
         if (text.contains(u"hdiutil: compact: result: 80"))
-            run.fail(kvLocalized("Wrong Password"), 10);
+            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
         else if (text.contains(u"hdiutil: compact: result: 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), 20);
+            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
         else if (!text.contains(u"hdiutil: compact: result: 35"))
             failWithLastLine(run, text);
         else
-            run.fail(kvLocalized("Disk Image is mounted"), 60);
+            run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
     });
 }
 

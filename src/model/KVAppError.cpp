@@ -9,6 +9,11 @@ KVAppError::KVAppError(QString domain, int code, QString description, QString me
 {
 }
 
+KVAppError::KVAppError(KVAppErrorCode code, QString description, QString message)
+    : KVAppError(KVAppErrorDomain, static_cast<int>(code), std::move(description), std::move(message))
+{
+}
+
 QString KVAppError::debugDescription() const
 {
     return QStringLiteral("Error Domain=%1 Code=%2 \"%3\" UserInfo={NSLocalizedFailureReason=%4}")

@@ -10,6 +10,26 @@ inline const QString KVAppErrorDomain = QStringLiteral("korvelle.Korvelle");
 // Everything else: abnormal exits, unreadable or undecodable output, system calls.
 inline const QString NSCocoaErrorDomain = QStringLiteral("NSCocoaErrorDomain");
 
+// The codes of the application's own domain. Callers tell only WrongPassword
+// and InvalidMountPath apart; every other code ends up in an alert.
+enum class KVAppErrorCode : int {
+    WrongPassword = 10,
+    NotFound = 20,            // image, volume or path does not exist
+    FileExists = 25,
+    InvalidMountPath = 30,    // images
+    VolumeNotLocked = 30,     // disks
+    ResourceBusy = 40,
+    NoPath = 50,
+    ImageMounted = 60,
+    ToolMessage = 100,        // a tool text not otherwise recognised; the text is the message
+    DiskNotFound = 150,
+    FileSystemNotSupported = 160,
+    DiskInUseByCoreStorage = 170,
+    InvalidVolumeName = 180,
+    NotAValidVolume = 190,
+    NoMountPoint = 200,
+};
+
 // An error value. The failure reason and the recovery suggestion deliberately
 // carry the same message: alerts show the description as their headline and
 // the suggestion beneath it.
@@ -18,6 +38,8 @@ class KVAppError
 public:
     KVAppError() = default;
     KVAppError(QString domain, int code, QString description, QString message);
+    // An error of the application's own domain.
+    KVAppError(KVAppErrorCode code, QString description, QString message);
 
     const QString &domain() const { return m_domain; }
     int code() const { return m_code; }
@@ -26,8 +48,8 @@ public:
     const QString &localizedRecoverySuggestion() const { return m_recoverySuggestion; }
 
     // True for the application's own error with the given code; callers tell a
-    // wrong password (10) and an invalid mount path (30) apart this way.
-    bool is(int code) const { return m_domain == KVAppErrorDomain && m_code == code; }
+    // wrong password and an invalid mount path apart this way.
+    bool is(KVAppErrorCode code) const { return m_domain == KVAppErrorDomain && m_code == static_cast<int>(code); }
 
     // The one-line form used in log lines.
     QString debugDescription() const;

@@ -67,32 +67,29 @@ KVVolumeItem::KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngin
     const QString diskutilMountPoint =
         stringValue(dictionary(m_raw.value(DiskutilInfoKey)).value(QStringLiteral("MountPoint")));
     if (m_raw.contains(LogicalVolumeGroupKey) && diskutilMountPoint.isEmpty()) {
-        m_type = NotMountedDiskType;
+        m_type = KVVolumeKind::NotMountedDisk;
     } else if (m_raw.contains(SysProfilerInfoKey)) {
-        m_type = DiskType;
+        m_type = KVVolumeKind::Disk;
         m_diskReference = reference;
     } else if (m_raw.contains(HdiutilInfoKey)) {
-        m_type = DiskImageType;
+        m_type = KVVolumeKind::DiskImage;
         m_diReference = reference;
     } else {
-        m_type = NoType;
+        m_type = KVVolumeKind::None;
     }
 
     if (m_raw.contains(DiskutilInfoKey))
         readDiskutilInfo();
     if (m_raw.contains(SysProfilerInfoKey))
         readSysProfilerInfo();
-    if (m_type == DiskImageType)
+    if (m_type == KVVolumeKind::DiskImage)
         m_location = stringValue(dictionary(m_raw.value(HdiutilInfoKey)).value(QStringLiteral("image-path")));
-    if ((m_type == DiskType || m_type == NotMountedDiskType) && m_raw.contains(DiskutilInfoKey))
+    if ((m_type == KVVolumeKind::Disk || m_type == KVVolumeKind::NotMountedDisk) && m_raw.contains(DiskutilInfoKey))
         readLogicalVolumeStatus();
 
     // The item lives on the GUI thread from now on; its timers run there.
     moveToThread(QCoreApplication::instance()->thread());
-    KVMainQueue::post([self = QPointer<KVVolumeItem>(this)] {
-        if (self)
-            self->startWatching();
-    });
+    KVMainQueue::post(QPointer<KVVolumeItem>(this), [this] { startWatching(); });
 }
 
 KVVolumeItem::~KVVolumeItem() = default;
@@ -238,9 +235,9 @@ void KVVolumeItem::updateSpace()
 
     if ((!m_diReference && !m_diskReference) || m_freeSpace == previousFreeSpace)
         return;
-    if (m_type == DiskImageType && m_diReference)
+    if (m_type == KVVolumeKind::DiskImage && m_diReference)
         m_diReference->volumeSpaceDidChange();
-    else if (m_type == DiskType && m_diskReference)
+    else if (m_type == KVVolumeKind::Disk && m_diskReference)
         m_diskReference->volumeSpaceDidChange();
 }
 
@@ -253,7 +250,7 @@ bool KVVolumeItem::isEqualToVolumeItem(const KVVolumeItem &other) const
 size_t KVVolumeItem::hash() const
 {
     const quint64 h = 31u * quint64(qHash(m_uuid)) + (m_readOnly ? 1u : 0u);
-    return qHash(m_type) + (h == quint64(0) - 961u ? 38347u : 38161u);
+    return qHash(kvVolumeKindText(m_type)) + (h == quint64(0) - 961u ? 38347u : 38161u);
 }
 
 QString KVVolumeItem::usedSpacePercentageText(qint64 usedSpace, qint64 totalSize)

@@ -5,6 +5,7 @@
 #include <QVariantMap>
 
 #include "KVVolumeEngine.h"
+#include "KVVolumeKind.h"
 #include "tools/KVToolPaths.h"
 
 #include <memory>
@@ -33,11 +34,6 @@ class KVVolumeItem : public QObject
     Q_OBJECT
 
 public:
-    static inline const QString DiskImageType = QStringLiteral("diskImage");
-    static inline const QString DiskType = QStringLiteral("disk");
-    static inline const QString NotMountedDiskType = QStringLiteral("notMountedDisk");
-    static inline const QString NoType = QStringLiteral("none");
-
     // Builds an item from its source dictionary. An image entry runs diskutil
     // (`tools.diskutil`) once, so engines call this on their worker thread. The
     // item only keeps the engine weakly and never touches it off the GUI thread.
@@ -49,7 +45,7 @@ public:
     const QVariantMap &diskutilRaw() const { return m_diskutilRaw; }
     void setDiskutilRaw(const QVariantMap &value) { m_diskutilRaw = value; }
 
-    const QString &type() const { return m_type; }
+    KVVolumeKind type() const { return m_type; }
     const QString &name() const { return m_name; }
     void setName(const QString &name) { m_name = name; }
     const QString &mountPoint() const { return m_mountPoint; }
@@ -116,7 +112,7 @@ private:
 
     QVariantMap m_raw;
     QVariantMap m_diskutilRaw;
-    QString m_type;
+    KVVolumeKind m_type = KVVolumeKind::None;
     QString m_name;
     QString m_mountPoint;
     QString m_uuid;

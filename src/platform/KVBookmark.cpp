@@ -128,7 +128,7 @@ std::optional<QByteArray> findMovedFile(const QByteArray &oldPath, FileIdentity 
 
 } // namespace
 
-std::variant<QByteArray, KVAppError> KVBookmark::create(const QString &path)
+KVResult<QByteArray> KVBookmark::create(const QString &path)
 {
     const QByteArray encoded = QFile::encodeName(QFileInfo(path).absoluteFilePath());
     const std::optional<FileIdentity> identity = identityOf(encoded);
@@ -146,7 +146,7 @@ std::variant<QByteArray, KVAppError> KVBookmark::create(const QString &path)
     });
 }
 
-std::variant<KVBookmark::Resolution, KVAppError> KVBookmark::resolve(const QByteArray &bookmark)
+KVResult<KVBookmark::Resolution> KVBookmark::resolve(const QByteArray &bookmark)
 {
     const QVariantMap fields = KVValue::dictionary(KVPropertyList::decode(bookmark).value_or(QVariant()));
     const QString path = KVValue::stringValue(fields.value(QStringLiteral("path")));

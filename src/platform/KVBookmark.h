@@ -1,11 +1,10 @@
 #pragma once
 
-#include "model/KVAppError.h"
+#include "model/KVResult.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <variant>
 
 // A persistent reference to a file that survives a move or rename within its
 // file system.
@@ -25,8 +24,8 @@ public:
         bool stale = false;
     };
 
-    static std::variant<QByteArray, KVAppError> create(const QString &path);
-    static std::variant<Resolution, KVAppError> resolve(const QByteArray &bookmark);
+    static KVResult<QByteArray> create(const QString &path);
+    static KVResult<Resolution> resolve(const QByteArray &bookmark);
     // Whether the file can be read now.
     static KVOptionalError checkReachable(const QString &path);
 };

@@ -60,7 +60,17 @@ void KVToolRun::setAbnormalExitOverridesMessage(bool overrides)
     m_abnormalExitOverridesMessage = overrides;
 }
 
-void KVToolRun::fail(QString message, int code, QString domain)
+void KVToolRun::fail(QString message, KVAppErrorCode code)
+{
+    record(std::move(message), static_cast<int>(code), KVAppErrorDomain);
+}
+
+void KVToolRun::failWithSystemError(QString message, int code)
+{
+    record(std::move(message), code, NSCocoaErrorDomain);
+}
+
+void KVToolRun::record(QString message, int code, QString domain)
 {
     m_message = std::move(message);
     m_code = code;
@@ -77,7 +87,7 @@ std::optional<QVariant> KVToolRun::decodePropertyList(const QByteArray &output,
                                .arg(KVAppError(NSCocoaErrorDomain, error.code, error.description,
                                                error.description)
                                         .debugDescription()));
-        fail(notPropertyListText, error.code, NSCocoaErrorDomain);
+        failWithSystemError(notPropertyListText, error.code);
     }
     return value;
 }
@@ -132,7 +142,7 @@ void KVToolRun::recordReadFailure()
     KVSystemLog::write(QStringLiteral("FileHandle error: %1")
                            .arg(KVAppError(NSCocoaErrorDomain, m_exit.readError, m_title, reason)
                                     .debugDescription()));
-    fail(kvLocalized("FileHandle error."), m_exit.readError, NSCocoaErrorDomain);
+    failWithSystemError(kvLocalized("FileHandle error."), m_exit.readError);
 }
 
 void KVToolRun::recordLaunchFailure()
@@ -140,7 +150,7 @@ void KVToolRun::recordLaunchFailure()
     const QString reason = kvLocalized("%1 could not be started (%2).")
                                .arg(m_invocation.program,
                                     QString::fromLocal8Bit(std::strerror(m_exit.launchError)));
-    fail(reason, m_exit.launchError, NSCocoaErrorDomain);
+    failWithSystemError(reason, m_exit.launchError);
     KVSystemLog::write(QStringLiteral("Error: %1")
                            .arg(KVAppError(NSCocoaErrorDomain, m_exit.launchError, m_title, reason)
                                     .debugDescription()));

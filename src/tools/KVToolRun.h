@@ -36,7 +36,10 @@ public:
     const QString &program() const { return m_invocation.program; }
 
     // Output handlers record what they recognised.
-    void fail(QString message, int code, QString domain = KVAppErrorDomain);
+    void fail(QString message, KVAppErrorCode code);
+    // A failure of the system rather than a recognised tool text: its code is
+    // an error number or status, in NSCocoaErrorDomain.
+    void failWithSystemError(QString message, int code);
     bool hasFailed() const { return m_message.has_value(); }
 
     // Decodes a property list; on failure records `notPropertyListText` (for
@@ -56,6 +59,7 @@ public:
     const KVToolExit &exit() const { return m_exit; }
 
 private:
+    void record(QString message, int code, QString domain);
     KVOptionalError finish();
     void recordLaunchFailure();
     void recordReadFailure();

@@ -358,7 +358,7 @@ private Q_SLOTS:
         delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
         QVERIFY(!recorded()); // not mounted after creation
         KVPreferencesController::setPrefMountDiskImageAfterCreation(true);
-        delegate.createImageWizardDidEnd(KVAppDelegate::SheetCancelled, image);
+        delegate.createImageWizardDidEnd(KVSheetReturnCode::Cancelled, image);
         QVERIFY(!recorded());
         delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
         QVERIFY(recorded());

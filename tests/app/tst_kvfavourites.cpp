@@ -16,7 +16,7 @@ KVFavouriteItemPtr item(const QString &name, const KVFavouriteFolderPtr &parent,
 {
     KVFavouriteItemPtr made = KVFavouriteItem::create(name, parent);
     made->setMountPoint(mountPoint);
-    made->setType(KVVolumeItem::DiskImageType);
+    made->setType(KVVolumeKind::DiskImage);
     made->setLocation(QByteArray("bookmark of ") + name.toUtf8());
     parent->content().append(made);
     return made;
@@ -80,7 +80,7 @@ private Q_SLOTS:
         const KVFavouriteItemPtr tax = loadedHome->content().first();
         QVERIFY(tax->readOnly());
         QCOMPARE(tax->mountPoint(), QStringLiteral("/media/Tax 2026"));
-        QCOMPARE(tax->type(), KVVolumeItem::DiskImageType);
+        QCOMPARE(tax->type(), KVVolumeKind::DiskImage);
         QCOMPARE(tax->location(), QByteArray("bookmark of Tax 2026"));
     }
 
@@ -150,20 +150,20 @@ private Q_SLOTS:
         QVERIFY(favourite->readOnly());
 
         QSignalSpy saves(&KVAppNotifications::instance(), &KVAppNotifications::updateFavs);
-        QCOMPARE(std::get<QString>(favourite->locationURL()), image);
+        QCOMPARE(favourite->locationURL().value(), image);
         QCOMPARE(saves.count(), 0);
 
         const QString moved = dir.filePath(QStringLiteral("Renamed.sparseimage"));
         QVERIFY(QFile::rename(image, moved));
         const QByteArray oldBookmark = favourite->location();
-        QCOMPARE(std::get<QString>(favourite->locationURL()), moved);
+        QCOMPARE(favourite->locationURL().value(), moved);
         QCOMPARE(saves.count(), 1);
         QVERIFY(favourite->location() != oldBookmark);
 
         QVERIFY(QFile::remove(moved));
         auto gone = favourite->locationURL();
-        QVERIFY(std::holds_alternative<KVAppError>(gone));
-        QVERIFY(std::get<KVAppError>(gone).localizedFailureReason().contains(u"Renamed.sparseimage"));
+        QVERIFY(!gone.hasValue());
+        QVERIFY(gone.error().localizedFailureReason().contains(u"Renamed.sparseimage"));
 
         // An image whose file cannot be bookmarked is not added.
         QVERIFY(home->addChildWithVolumeItem(*volume));

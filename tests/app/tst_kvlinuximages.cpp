@@ -109,7 +109,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 1, 30000);
         const KVVolumeItemPtr volume = delegate.unifiedVolumes().first();
         QCOMPARE(volume->name(), QStringLiteral("Tax Returns"));
-        QCOMPARE(volume->type(), KVVolumeItem::DiskImageType);
+        QCOMPARE(volume->type(), KVVolumeKind::DiskImage);
         QCOMPARE(volume->location(), image);
         const QString sizeLine = KVMountedCellView::createSizeInfoFromVolumeItem(*volume);
         QVERIFY2(QRegularExpression(QStringLiteral("^\\d+ \\w+ of \\d+ \\w+ used$")).match(sizeLine).hasMatch(),

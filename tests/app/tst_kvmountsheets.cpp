@@ -119,10 +119,9 @@ class TestKVMountSheets : public QObject
     KVFavouriteItemPtr favouriteOf(const QString &name, const KVFavouriteFolderPtr &folder, const QString &mountPoint)
     {
         KVFavouriteItemPtr item = KVFavouriteItem::create(name, folder);
-        item->setType(KVVolumeItem::DiskImageType);
+        item->setType(KVVolumeKind::DiskImage);
         item->setMountPoint(mountPoint);
-        item->setLocation(
-            std::get<QByteArray>(KVFavouriteItem::bookmarkForURL(imageFile(name + QStringLiteral(".sparseimage")))));
+        item->setLocation(KVFavouriteItem::bookmarkForURL(imageFile(name + QStringLiteral(".sparseimage"))).value());
         folder->content().append(item);
         return item;
     }
@@ -191,7 +190,7 @@ private Q_SLOTS:
         mountWithPassword(controller.sheet(), "mountImagePassword", "mountImageMountButton",
                           QStringLiteral("correct horse"));
         QTRY_COMPARE(ended.count(), 1);
-        QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
+        QCOMPARE(ended.first().first().toInt(), int(KVSheetReturnCode::Succeeded));
         QVERIFY(!controller.sheet()->isVisible());
 
         // hdiutil got the password on its standard input, never in its arguments.
@@ -261,7 +260,7 @@ private Q_SLOTS:
         // Cancel: the sheet closes and is clean for the next image.
         part<QPushButton>(sheet, "mountImageCancelButton")->click();
         QVERIFY(!sheet->isVisible());
-        QCOMPARE(sheet->result(), int(KVAppDelegate::SheetCancelled));
+        QCOMPARE(sheet->result(), int(KVSheetReturnCode::Cancelled));
         QVERIFY(part<QLineEdit>(sheet, "mountImageMountPoint")->text().isEmpty());
         QVERIFY(!part<QCheckBox>(sheet, "mountImageReadOnly")->isChecked());
         QVERIFY(part<KVPasswordFieldView>(sheet, "mountImagePassword")->text().isEmpty());
@@ -304,7 +303,7 @@ private Q_SLOTS:
         QCOMPARE(openAlert()->informativeText(),
                  QStringLiteral("hdiutil: attach failed - Resource temporarily unavailable"));
         QTRY_COMPARE(ended.count(), 1);
-        QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
+        QCOMPARE(ended.first().first().toInt(), int(KVSheetReturnCode::Succeeded));
     }
 
     void nothingEndsTheSheetWhileItMounts()
@@ -328,7 +327,7 @@ private Q_SLOTS:
         QVERIFY(sheet->isVisible());
         QTest::keyClick(sheet, Qt::Key_Escape);
         QVERIFY(!sheet->isVisible());
-        QCOMPARE(sheet->result(), int(KVAppDelegate::SheetCancelled));
+        QCOMPARE(sheet->result(), int(KVSheetReturnCode::Cancelled));
     }
 
     void recentDocumentsAfterTheSheet_data()
@@ -409,7 +408,7 @@ private Q_SLOTS:
         QSignalSpy ended(sheet, SIGNAL(finished(int)));
         mountWithPassword(sheet, "passwordField", "mountFavouriteMountButton", QStringLiteral("secret"));
         QTRY_COMPARE(ended.count(), 1);
-        QCOMPARE(ended.first().first().toInt(), KVAppDelegate::SheetSucceeded);
+        QCOMPARE(ended.first().first().toInt(), int(KVSheetReturnCode::Succeeded));
         const QList<int> attaches = controller.runs(QStringLiteral("attach"));
         QCOMPARE(
             controller.hdiutil.arguments(attaches.last()),
@@ -427,7 +426,7 @@ private Q_SLOTS:
         const KVFavouriteItemPtr gone =
             favouriteOf(QStringLiteral("Gone"), home, QStringLiteral("/media/someone/Gone"));
         const KVFavouriteItemPtr broken = KVFavouriteItem::create(QStringLiteral("Broken"), home);
-        broken->setType(KVVolumeItem::DiskImageType);
+        broken->setType(KVVolumeKind::DiskImage);
         broken->setLocation(QByteArray("not a bookmark"));
         home->content().append(broken);
         QVERIFY(QFile::remove(m_files.filePath(QStringLiteral("Gone.sparseimage"))));

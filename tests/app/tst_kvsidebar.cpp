@@ -23,7 +23,7 @@ using Part = KVOutlineView::Part;
 KVFavouriteItemPtr favourite(const QString &name, const KVFavouriteFolderPtr &folder)
 {
     KVFavouriteItemPtr item = KVFavouriteItem::create(name, folder);
-    item->setType(KVVolumeItem::DiskImageType);
+    item->setType(KVVolumeKind::DiskImage);
     item->setMountPoint(QStringLiteral("/media/someone/") + name);
     folder->content().append(item);
     return item;

@@ -81,7 +81,7 @@ private Q_SLOTS:
         QVERIFY(!d.systemProfiler.standardInputWasPipe());
         QCOMPARE(names(d.disk.mountedDisks()), (QStringList{"Backup", "Vault"}));
         const KVVolumeItemPtr backup = d.disk.mountedDisks().first();
-        QCOMPARE(backup->type(), KVVolumeItem::DiskType);
+        QCOMPARE(backup->type(), KVVolumeKind::Disk);
         QCOMPARE(backup->logicalVolumeUUID(), QStringLiteral("5C2678FC-47C8-498A-8C9C-6B1D80A07AF4"));
         QCOMPARE(backup->diskReference(), &d.disk);
         QVERIFY(d.disk.mountedDisks().at(1)->readOnly()); // "writable" is printed as "no"
@@ -265,7 +265,7 @@ private Q_SLOTS:
         const QList<KVVolumeItemPtr> volumes = d.disk.disksToMount();
         QCOMPARE(volumes.size(), 2);
         const KVVolumeItemPtr unlocked = volumes.at(0);
-        QCOMPARE(unlocked->type(), KVVolumeItem::NotMountedDiskType);
+        QCOMPARE(unlocked->type(), KVVolumeKind::NotMountedDisk);
         QCOMPARE(unlocked->name(), QStringLiteral("BLACK"));
         QCOMPARE(unlocked->logicalVolumeUUID(), QStringLiteral("1D1AEEDF-2794-4459-9D1A-D7E328B726BF"));
         QVERIFY(!unlocked->locked());

@@ -74,7 +74,7 @@ private Q_SLOTS:
 
         QCOMPARE(diskutil.arguments(), (QStringList{"info", "-plist", "/Volumes/Secret Stuff"}));
         QVERIFY(!diskutil.standardInputWasPipe());
-        QCOMPARE(item->type(), KVVolumeItem::DiskImageType);
+        QCOMPARE(item->type(), KVVolumeKind::DiskImage);
         QCOMPARE(item->diReference(), &engine);
         QCOMPARE(item->diskReference(), nullptr);
         QCOMPARE(item->guidDevice(), QStringLiteral("/dev/disk4"));
@@ -112,14 +112,14 @@ private Q_SLOTS:
         QCOMPARE(item->name(), QString());
 
         FakeEngine noTool(QStringLiteral("/nonexistent/diskutil"));
-        QCOMPARE(noTool.create({{QStringLiteral("hdiutilInfo"), entry}})->type(), KVVolumeItem::DiskImageType);
+        QCOMPARE(noTool.create({{QStringLiteral("hdiutilInfo"), entry}})->type(), KVVolumeKind::DiskImage);
     }
 
     void diskFromTheStorageReport()
     {
         FakeEngine engine{QString()};
         const KVVolumeItemPtr item = engine.create({{QStringLiteral("sysProfilerInfo"), sysProfilerEntry("/", "no")}});
-        QCOMPARE(item->type(), KVVolumeItem::DiskType);
+        QCOMPARE(item->type(), KVVolumeKind::Disk);
         QCOMPARE(item->diskReference(), &engine);
         QCOMPARE(item->name(), QStringLiteral("Backup"));
         QVERIFY(item->readOnly());
@@ -150,7 +150,7 @@ private Q_SLOTS:
                  {QStringLiteral("LogicalVolumeFamilyInfo"), QVariantMap{{QStringLiteral("CoreStorageLogicalVolumeFamilyEncryptionStatus"), status}}},
                  {QStringLiteral("diskutilInfo"), QVariantMap{{QStringLiteral("MountPoint"), QString()}, {QStringLiteral("VolumeName"), QStringLiteral("Vault")}}}},
                 &engine);
-            QCOMPARE(item->type(), KVVolumeItem::NotMountedDiskType);
+            QCOMPARE(item->type(), KVVolumeKind::NotMountedDisk);
             QCOMPARE(item->diReference(), nullptr);
             QCOMPARE(item->diskReference(), nullptr);
             QCOMPARE(item->logicalVolumeUUID(), QStringLiteral("LV-1"));
@@ -164,7 +164,7 @@ private Q_SLOTS:
              {QStringLiteral("diskutilInfo"), QVariantMap()}},
             &engine);
         QCOMPARE(odd->logicalVolumeUUID(), QString());
-        QCOMPARE(KVVolumeItem::create({}, nullptr)->type(), KVVolumeItem::NoType);
+        QCOMPARE(KVVolumeItem::create({}, nullptr)->type(), KVVolumeKind::None);
     }
 
     void usedSpacePercentage_data()

@@ -22,9 +22,9 @@ private:
     static KVBookmark::Resolution resolved(const QByteArray &bookmark)
     {
         auto result = KVBookmark::resolve(bookmark);
-        if (auto *error = std::get_if<KVAppError>(&result))
-            qFatal("not resolved: %s", qPrintable(error->debugDescription()));
-        return std::get<KVBookmark::Resolution>(result);
+        if (!result)
+            qFatal("not resolved: %s", qPrintable(result.error().debugDescription()));
+        return result.value();
     }
 
 private Q_SLOTS:
@@ -34,7 +34,7 @@ private Q_SLOTS:
         QDir(dir.path()).mkpath(QStringLiteral("Documents/Images"));
         QDir(dir.path()).mkpath(QStringLiteral("Archive/2026"));
         const QString original = makeFile(dir.filePath(QStringLiteral("Documents/Images/Secret Stuff.sparseimage")));
-        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(original));
+        const QByteArray bookmark = KVBookmark::create(original).value();
 
         KVBookmark::Resolution found = resolved(bookmark);
         QCOMPARE(found.path, original);
@@ -53,14 +53,14 @@ private Q_SLOTS:
         QVERIFY(found.stale);
 
         // A fresh bookmark of the new place is not stale.
-        QVERIFY(!resolved(std::get<QByteArray>(KVBookmark::create(moved))).stale);
+        QVERIFY(!resolved(KVBookmark::create(moved).value()).stale);
     }
 
     void anotherFileAtTheOldPathIsNotTheBookmarkedOne()
     {
         QTemporaryDir dir;
         const QString path = makeFile(dir.filePath(QStringLiteral("a.sparseimage")));
-        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(path));
+        const QByteArray bookmark = KVBookmark::create(path).value();
         QVERIFY(QFile::rename(path, dir.filePath(QStringLiteral("b.sparseimage"))));
         makeFile(path);
         QCOMPARE(resolved(bookmark).path, dir.filePath(QStringLiteral("b.sparseimage")));
@@ -70,17 +70,17 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString path = makeFile(dir.filePath(QStringLiteral("Gone.sparseimage")));
-        const QByteArray bookmark = std::get<QByteArray>(KVBookmark::create(path));
+        const QByteArray bookmark = KVBookmark::create(path).value();
         QVERIFY(QFile::remove(path));
         auto result = KVBookmark::resolve(bookmark);
-        QVERIFY(std::holds_alternative<KVAppError>(result));
-        QVERIFY(std::get<KVAppError>(result).localizedFailureReason().contains(u"Gone.sparseimage"));
+        QVERIFY(!result.hasValue());
+        QVERIFY(result.error().localizedFailureReason().contains(u"Gone.sparseimage"));
         QVERIFY(KVBookmark::checkReachable(path));
 
         auto missing = KVBookmark::create(path);
-        QVERIFY(std::holds_alternative<KVAppError>(missing));
-        QVERIFY(std::holds_alternative<KVAppError>(KVBookmark::resolve(QByteArray("garbage"))));
-        QVERIFY(std::holds_alternative<KVAppError>(KVBookmark::resolve(QByteArray())));
+        QVERIFY(!missing.hasValue());
+        QVERIFY(!KVBookmark::resolve(QByteArray("garbage")).hasValue());
+        QVERIFY(!KVBookmark::resolve(QByteArray()).hasValue());
     }
 };
 

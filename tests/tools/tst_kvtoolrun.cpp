@@ -25,7 +25,7 @@ KVToolRun::OutputHandler recognisingWrongPassword(KVToolRun &run)
 {
     return [&run](const QByteArray &output) {
         if (QString::fromUtf8(output).contains(u"DIHLDiskImageAttach() returned 80"))
-            run.fail(QStringLiteral("Wrong Password"), 10);
+            run.fail(QStringLiteral("Wrong Password"), KVAppErrorCode::WrongPassword);
     };
 }
 
