@@ -44,7 +44,13 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
     , m_mainWindow(std::make_unique<KVMainWindow>())
+    , m_quit(new KVQuitCoordinator(this))
 {
+    connect(m_quit, &KVQuitCoordinator::terminate, this, &KVAppDelegate::terminate);
+    // The window shows why the quit waits, and no longer holds it back once
+    // it may end: quitting closes every window first.
+    connect(m_quit, &KVQuitCoordinator::waitingForChanged, m_mainWindow.get(), &KVMainWindow::showQuitWaitingFor);
+    connect(this, &KVAppDelegate::terminate, m_mainWindow.get(), &KVMainWindow::allowClose);
     if (!m_services.workspace)
         m_services.workspace = KVWorkspaceNotifications::shared();
     connect(m_mainWindow.get(), &KVMainWindow::closeRequested, this, &KVAppDelegate::requestQuit);
@@ -88,7 +94,6 @@ void KVAppDelegate::applicationDidFinishLaunching()
                                 "preferences will be lost when Korvelle quits.")
                                  .arg(file)));
     });
-    m_quit->appShouldTerminate = false;
     m_favourites = getFavourites();
 
     m_unifiedVolumes.clear();
@@ -104,8 +109,6 @@ void KVAppDelegate::applicationDidFinishLaunching()
         if (window)
             windowBecomesKey();
     });
-    m_quit->tryToUnmountCount = 0;
-    m_quit->tryToUnmountQuantity = 0;
     updateAddToFavouritePullDown();
     updateDetailView();
 }
@@ -138,14 +141,8 @@ void KVAppDelegate::createImageWizardDidEnd(KVSheetReturnCode returnCode, const 
 
 KVAppDelegate::TerminateReply KVAppDelegate::applicationShouldTerminate()
 {
-    if (!KVPreferencesController::prefAutoUnmountVolumes() || m_unifiedVolumes.isEmpty())
-        return TerminateReply::Now;
-    if (m_quit->appShouldTerminate)
-        return TerminateReply::Later; // already unmounting for a quit
-    m_quit->tryToUnmountQuantity = m_unifiedVolumes.size();
-    m_quit->appShouldTerminate = true;
-    unmountAll();
-    return TerminateReply::Later;
+    return m_quit->applicationShouldTerminate(KVPreferencesController::prefAutoUnmountVolumes(), m_unifiedVolumes,
+                                              [this] { unmountAll(); });
 }
 
 void KVAppDelegate::requestQuit()
@@ -191,7 +188,7 @@ void KVAppDelegate::reloadMountedList()
 
 bool KVAppDelegate::forceUnmount() const
 {
-    if (m_quit->appShouldTerminate)
+    if (m_quit->isQuitting())
         return KVPreferencesController::prefAutoUnmountVolumes() && KVPreferencesController::prefForceAutoUnmount();
     return KVPreferencesController::prefForceUnmount();
 }
@@ -203,18 +200,12 @@ void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
         return;
     const QPointer<KVAppDelegate> self(this);
     // Decided now, on the GUI thread: the completion may come on a worker thread.
-    const bool countsForQuit = KVPreferencesController::prefAutoUnmountVolumes();
-    m_di->unmountVolume(item, forceUnmount(), [self, countsForQuit, quit = m_quit](const KVOptionalError &error) {
-        // Counting for a quit happens right here, on whatever thread reports;
-        // a failure counts like a success and is neither logged nor shown.
-        if (quit->appShouldTerminate) {
-            if (countsForQuit && ++quit->tryToUnmountCount == quit->tryToUnmountQuantity) {
-                KVMainQueue::post(self, [self] {
-                    Q_EMIT self->terminate();
-                });
-            }
+    const KVQuitCoordinator::Report reportToQuit =
+        m_quit->reportFor(item->name(), KVPreferencesController::prefAutoUnmountVolumes());
+    m_di->unmountVolume(item, forceUnmount(), [self, reportToQuit](const KVOptionalError &error) {
+        // During a quit a failure counts like a success and is neither logged nor shown.
+        if (reportToQuit())
             return;
-        }
         if (!error)
             return;
         KVSystemLog::write(QStringLiteral("Unmount volume error: %1").arg(error->debugDescription()));

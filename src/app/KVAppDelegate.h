@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KVFavouriteFolder.h"
+#include "KVQuitCoordinator.h"
 #include "KVSheetReturnCode.h"
 #include "diskimage/KVDiskImageDelegate.h"
 #include "disk/KVDiskDelegate.h"
@@ -11,7 +12,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <atomic>
 #include <memory>
 #include <variant>
 
@@ -56,7 +56,7 @@ public:
 
     // Quit. When volumes are to be unmounted first, the answer is Later and
     // terminate() follows once every unmount has reported back.
-    enum class TerminateReply { Now, Later };
+    using TerminateReply = KVQuitCoordinator::Reply;
     TerminateReply applicationShouldTerminate();
     // The window's close button and the Quit command both come here.
     void requestQuit();
@@ -111,7 +111,7 @@ public:
     void deleteFavouriteContext(const QModelIndex &index);
     void deleteFavouriteTrash(const QMimeData &data);
 
-    bool appShouldTerminate() const { return m_quit->appShouldTerminate; }
+    bool appShouldTerminate() const { return m_quit->isQuitting(); }
 
     void mountedDiskImagesDidChange(KVDiskImage *engine, const QList<KVVolumeItemPtr> &volumes) override;
     void mountedDiskImagesUpdateDidFail(KVDiskImage *engine, const KVAppError &error) override;
@@ -151,16 +151,5 @@ private:
     QList<KVFavouriteFolderPtr> m_favourites;
     QString m_mountImagePath;
     KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
-    std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;
-
-    // A quit that waits for unmounts. Once set, appShouldTerminate stays set.
-    // Unmount completions count on the image engine's worker thread, so the
-    // state is shared with them rather than read through the controller.
-    struct QuitState
-    {
-        std::atomic<bool> appShouldTerminate{false};
-        std::atomic<qint64> tryToUnmountQuantity{0};
-        std::atomic<qint64> tryToUnmountCount{0};
-    };
-    std::shared_ptr<QuitState> m_quit = std::make_shared<QuitState>();
+    std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;    KVQuitCoordinator *m_quit; // a child
 };

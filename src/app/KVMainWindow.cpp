@@ -21,6 +21,7 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -299,6 +300,28 @@ void KVMainWindow::dropEvent(QDropEvent *event)
 
 void KVMainWindow::closeEvent(QCloseEvent *event)
 {
+    if (m_closeAllowed) {
+        event->accept();
+        return;
+    }
     event->ignore();
     Q_EMIT closeRequested();
+}
+
+void KVMainWindow::allowClose()
+{
+    m_closeAllowed = true;
+}
+
+void KVMainWindow::showQuitWaitingFor(const QStringList &volumeNames)
+{
+    if (volumeNames.isEmpty()) {
+        statusBar()->clearMessage();
+        return;
+    }
+    QStringList quoted;
+    for (const QString &name : volumeNames)
+        quoted.append(tr("“%1”").arg(name));
+    statusBar()->showMessage(tr("Quitting as soon as %1 can be unmounted…", nullptr, int(volumeNames.size()))
+                                 .arg(QLocale().createSeparatedList(quoted)));
 }

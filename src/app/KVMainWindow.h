@@ -47,6 +47,10 @@ public:
                        const KVVolumeItemPtr &selection);
     void showDetails(const KVVolumeItemPtr &volume);
     void setMountVolumeLabelColour(const QColor &colour);
+    // While a quit waits for volumes to unmount, the window says which.
+    void showQuitWaitingFor(const QStringList &volumeNames);
+    // The application is ending: closing the window no longer asks to quit.
+    void allowClose();
 
 Q_SIGNALS:
     // The user closed the window or chose Quit: the application decides
@@ -85,4 +89,5 @@ private:
     QLabel *m_mountVolumeLabel = nullptr;
     std::array<QGraphicsOpacityEffect *, 3> m_mountAreaOpacity{};
     QParallelAnimationGroup *m_mountAreaFade;
+    bool m_closeAllowed = false;
 };

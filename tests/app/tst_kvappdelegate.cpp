@@ -21,7 +21,9 @@
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 
 using namespace KVMountFixture;
 
@@ -244,6 +246,38 @@ private Q_SLOTS:
         QCOMPARE(fixture.detachRuns(),
                  (QStringList{"detach -verbose /dev/disk4", "detach -verbose /dev/disk5", "detach -verbose /dev/disk6"}));
         // The failed unmount during the quit was neither shown nor kept back.
+        QVERIFY(!openAlert());
+    }
+
+    // The application's own wiring: Qt closes every window before it quits,
+    // so the window must not veto that close once the quit may go ahead.
+    void aQuitWithABusyVolumeEndsTheApplication()
+    {
+        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        Fixture fixture(2);
+        fixture.hdiutil.addFile(QStringLiteral("busy-disk5"), QByteArray());
+        KVAppDelegate &delegate = *fixture.delegate;
+        delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(delegate.unifiedVolumes().size(), 2);
+        KVMainWindow *window = delegate.mainWindow();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QObject::connect(&delegate, &KVAppDelegate::terminate, qApp, &QCoreApplication::quit);
+
+        QStringList shownWhileWaiting;
+        QTimer::singleShot(0, window, [&] {
+            QVERIFY(!window->close()); // the close button asks to quit; the quit waits
+            shownWhileWaiting.append(window->statusBar()->currentMessage());
+            QVERIFY(!window->close()); // asking again while it waits starts nothing new
+        });
+        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(1); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+
+        QCOMPARE(fixture.detachRuns(), (QStringList{"detach -verbose /dev/disk4", "detach -verbose /dev/disk5"}));
+        QCOMPARE(shownWhileWaiting.size(), 1);
+        QVERIFY2(shownWhileWaiting.first().contains(u"Volume4") && shownWhileWaiting.first().contains(u"Volume5"),
+                 qPrintable(shownWhileWaiting.first()));
+        QVERIFY(!window->isVisible());
         QVERIFY(!openAlert());
     }
 

@@ -15,7 +15,9 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <atomic>
@@ -158,6 +160,56 @@ private Q_SLOTS:
 
         resident.kill();
         resident.waitForFinished();
+        QTRY_COMPARE_WITH_TIMEOUT(session.harness.leftovers(), QStringList(), 20000);
+    }
+
+    // "KVAutoUnmountVolumes" on, both force preferences off, and a process
+    // sits in the volume: the quit says which volume it waits for, counts the
+    // failed unmount and ends the application, leaving the volume mounted.
+    void quitWithABusyVolumeEndsTheApplication()
+    {
+        Session session;
+        QVERIFY(session.start());
+        KVAppDelegate &delegate = *session.delegate;
+        const auto created = session.harness.create(QStringLiteral("Resident"), "correct horse", QStringLiteral("Resident"));
+        QVERIFY2(created.exitCode == 0, qPrintable(created.output));
+        QVERIFY(!session.mount(session.harness.path(QStringLiteral("Resident.sparseimage"))));
+        QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 1, 30000);
+
+        QProcess resident;
+        resident.setWorkingDirectory(session.harness.onlyMountPoint());
+        resident.start(QStringLiteral("sleep"), {QStringLiteral("600")});
+        QVERIFY(resident.waitForStarted());
+
+        const bool autoUnmount = KVPreferencesController::prefAutoUnmountVolumes();
+        const bool force = KVPreferencesController::prefForceUnmount();
+        const bool forceAtQuit = KVPreferencesController::prefForceAutoUnmount();
+        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        KVPreferencesController::setPrefForceUnmount(false);
+        KVPreferencesController::setPrefForceAutoUnmount(false);
+
+        // As the application wires it: the quit closes every window first.
+        KVMainWindow *window = delegate.mainWindow();
+        QObject::connect(&delegate, &KVAppDelegate::terminate, qApp, &QCoreApplication::quit);
+        QString shownWhileWaiting;
+        QTimer::singleShot(0, window, [&] {
+            window->close(); // the close button: Ctrl+Q asks the same
+            shownWhileWaiting = window->statusBar()->currentMessage();
+        });
+        QTimer::singleShot(60000, qApp, [] { QCoreApplication::exit(1); });
+        const int status = QCoreApplication::exec();
+
+        KVPreferencesController::setPrefAutoUnmountVolumes(autoUnmount);
+        KVPreferencesController::setPrefForceUnmount(force);
+        KVPreferencesController::setPrefForceAutoUnmount(forceAtQuit);
+        QCOMPARE(status, 0);
+        QVERIFY2(shownWhileWaiting.contains(u"Resident"), qPrintable(shownWhileWaiting));
+        QVERIFY(session.harness.info().contains(QStringLiteral("images")));
+
+        resident.kill();
+        resident.waitForFinished();
+        const auto detached = session.harness.detach(session.harness.onlyMountPoint());
+        QVERIFY2(detached.exitCode == 0, qPrintable(detached.output));
         QTRY_COMPARE_WITH_TIMEOUT(session.harness.leftovers(), QStringList(), 20000);
     }
 };
