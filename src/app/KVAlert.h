@@ -11,4 +11,7 @@ namespace KVAlert {
 
 void showError(QWidget *parent, const KVAppError &error);
 
+// A message as the alert shows it: a tool's line without the tool's name.
+QString shownText(const QString &message);
+
 } // namespace KVAlert
