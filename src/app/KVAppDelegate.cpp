@@ -2,18 +2,14 @@
 
 #include "KVAlert.h"
 #include "KVAppNotifications.h"
-#include "KVFavouriteItem.h"
 #include "KVFavouriteMountViewsController.h"
 #include "KVFavouritesArchive.h"
-#include "KVFavouritesDrop.h"
+#include "KVImageMountSheetController.h"
 #include "KVMainWindow.h"
-#include "KVMountAreaView.h"
 #include "KVMountImageSheet.h"
-#include "KVOutlineView.h"
 #include "KVPreferenceKeys.h"
 #include "KVPreferencesController.h"
 #include "KVSidebarModel.h"
-#include "controls/KVColors.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "platform/KVMainQueue.h"
@@ -33,11 +29,6 @@ namespace {
 
 const QString HdiutilEndedAbnormally = QStringLiteral("hdiutil ended abnormally.");
 
-QList<KVFavouriteFolderPtr> defaultFavourites()
-{
-    return {KVFavouriteFolder::create(QStringLiteral("Home")), KVFavouriteFolder::create(QStringLiteral("Work"))};
-}
-
 } // namespace
 
 KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
@@ -45,7 +36,10 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     , m_services(std::move(services))
     , m_mainWindow(std::make_unique<KVMainWindow>())
     , m_quit(new KVQuitCoordinator(this))
+    , m_favourites(new KVFavouritesController(this))
 {
+    connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
+    connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
     connect(m_quit, &KVQuitCoordinator::terminate, this, &KVAppDelegate::terminate);
     // The window shows why the quit waits, and no longer holds it back once
     // it may end: quitting closes every window first.
@@ -80,7 +74,7 @@ QVariantMap KVAppDelegate::registeredDefaults()
         {KVMountDiskImageAfterCreationKey, true},
         {KVOpenFinderAfterMountKey, false},
         {KVSaveOpenRecentKey, false},
-        {KVFavouritesKey, KVFavouritesArchive::archive(defaultFavourites())},
+        {KVFavouritesKey, KVFavouritesArchive::archive(KVFavouritesController::defaultFavourites())},
     };
 }
 
@@ -94,7 +88,7 @@ void KVAppDelegate::applicationDidFinishLaunching()
                                 "preferences will be lost when Korvelle quits.")
                                  .arg(file)));
     });
-    m_favourites = getFavourites();
+    m_favourites->load();
 
     m_unifiedVolumes.clear();
     m_di = std::make_unique<KVDiskImage>(m_services.tools, m_services.workspace);
@@ -262,78 +256,17 @@ void KVAppDelegate::mountedDisksUpdateDidFail(KVDisk *, const KVAppError &error)
     showError(error);
 }
 
-QList<KVFavouriteFolderPtr> KVAppDelegate::getFavourites() const
-{
-    KVUserDefaults &defaults = KVUserDefaults::standard();
-    const QByteArray stored = defaults.dataForKey(KVFavouritesKey);
-    if (std::optional<QList<KVFavouriteFolderPtr>> favourites = KVFavouritesArchive::unarchiveList(stored))
-        return *favourites;
-    // Never lose what the user had: keep the bytes aside and start afresh.
-    if (defaults.dataForKey(KVUnreadableFavouritesKey) != stored)
-        defaults.setObject(stored, KVUnreadableFavouritesKey);
-    KVSystemLog::write(QStringLiteral("Error: the favourites could not be read; they are kept under \"%1\"")
-                           .arg(KVUnreadableFavouritesKey));
-    return defaultFavourites();
-}
-
 void KVAppDelegate::updateFavs()
 {
-    KVUserDefaults::standard().setObject(KVFavouritesArchive::archive(m_favourites), KVFavouritesKey);
+    m_favourites->save();
     updateAddToFavouritePullDown();
-}
-
-void KVAppDelegate::addFavouriteFolder()
-{
-    m_favourites.append(KVFavouriteFolder::create(QStringLiteral("Untitled %1").arg(m_favourites.size() + 1)));
-    reloadSidebar();
-    KVAppNotifications::instance().postUpdateFavs();
-}
-
-void KVAppDelegate::addToFavourites(const KVFavouriteFolderPtr &folder)
-{
-    if (!m_currentSelection || m_currentSelection->type() != KVVolumeKind::DiskImage)
-        return;
-    if (KVOptionalError error = folder->addChildWithVolumeItem(*m_currentSelection)) {
-        KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
-        showError(*error);
-        return;
-    }
-    reloadSidebar();
-    KVAppNotifications::instance().postUpdateFavs();
-}
-
-void KVAppDelegate::deleteFavourite(const std::variant<KVFavouriteFolderPtr, KVFavouriteItemPtr> &favourite)
-{
-    if (const auto *item = std::get_if<KVFavouriteItemPtr>(&favourite); item && *item) {
-        const KVFavouriteFolderPtr parent = (*item)->parent();
-        const qsizetype folderIndex = parent ? kvIndexOfFolder(m_favourites, *parent) : -1;
-        QList<KVFavouriteItemPtr> *content = folderIndex >= 0 ? &m_favourites[folderIndex]->content() : nullptr;
-        const qsizetype itemIndex = content ? kvIndexOfItem(*content, **item) : -1;
-        if (itemIndex < 0)
-            return;
-        content->removeAt(itemIndex);
-    } else if (const auto *folder = std::get_if<KVFavouriteFolderPtr>(&favourite); folder && *folder) {
-        const qsizetype folderIndex = kvIndexOfFolder(m_favourites, **folder);
-        if (folderIndex < 0)
-            return;
-        m_favourites.removeAt(folderIndex);
-    }
-    reloadSidebar();
-    KVAppNotifications::instance().postUpdateFavs();
-}
-
-void KVAppDelegate::renameFavouriteFolder(const KVFavouriteFolderPtr &folder, const QString &name)
-{
-    folder->setName(name);
-    reloadSidebar();
-    KVAppNotifications::instance().postUpdateFavs();
 }
 
 void KVAppDelegate::updateAddToFavouritePullDown()
 {
     QMenu *menu = m_mainWindow->addToFavouritesMenu();
     menu->clear();
-    for (const KVFavouriteFolderPtr &folder : std::as_const(m_favourites)) {
+    for (const KVFavouriteFolderPtr &folder : m_favourites->favourites()) {
         QAction *action = menu->addAction(folder->name());
         connect(action, &QAction::triggered, this, [this, weakFolder = std::weak_ptr(folder)] {
             if (KVFavouriteFolderPtr target = weakFolder.lock())
@@ -344,7 +277,7 @@ void KVAppDelegate::updateAddToFavouritePullDown()
 
 void KVAppDelegate::reloadSidebar()
 {
-    m_mainWindow->reloadSidebar(m_favourites, m_unifiedVolumes, m_currentSelection);
+    m_mainWindow->reloadSidebar(m_favourites->favourites(), m_unifiedVolumes, m_currentSelection);
 }
 
 void KVAppDelegate::updateDetailView()
@@ -360,92 +293,31 @@ void KVAppDelegate::showError(const KVAppError &error)
 void KVAppDelegate::connectSidebarAndMountSheets()
 {
     KVMainWindow *window = m_mainWindow.get();
-    KVOutlineView *outline = window->sidebar();
-    KVSidebarModel *model = window->sidebarModel();
     connect(this, &KVAppDelegate::mountDiskImageSheetRequested, this, &KVAppDelegate::mountDiskImageSheet);
     connect(window, &KVMainWindow::mountDiskImageRequested, this, &KVAppDelegate::mountDiskImage);
     connect(window, &KVMainWindow::addFavouriteFolderRequested, this, &KVAppDelegate::addFavouriteFolder);
-    connect(window, &KVMainWindow::draggingEntered, this, &KVAppDelegate::draggingEntered);
-    connect(window, &KVMainWindow::draggingExited, this, &KVAppDelegate::draggingExited);
-    connect(window, &KVMainWindow::performDragOperation, this, &KVAppDelegate::performDragOperation);
-    connect(outline, &KVOutlineView::unmountRequested, this, &KVAppDelegate::unmountFromOutlineView);
-    connect(outline, &KVOutlineView::favouriteActivated, this,
-            [this, model](const QModelIndex &index) { mountFavourite(model->favouriteItem(index)); });
-    connect(outline, &KVOutlineView::deleteRequested, this, &KVAppDelegate::deleteFavouriteContext);
-    connect(outline, &KVOutlineView::favouriteDroppedOnRemoveButton, this, &KVAppDelegate::deleteFavouriteTrash);
-    connect(outline->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &KVAppDelegate::outlineViewSelectionDidChange);
+    connect(window, &KVMainWindow::fileDropped, this, &KVAppDelegate::performDragOperation);
+    connect(window, &KVMainWindow::volumeSelected, this, &KVAppDelegate::setCurrentSelection);
+    connect(window, &KVMainWindow::unmountRequested, this, &KVAppDelegate::unmountVolume);
+    connect(window, &KVMainWindow::favouriteActivated, this, &KVAppDelegate::mountFavourite);
+    connect(window, &KVMainWindow::favouriteItemDeleteRequested, this,
+            [this](const KVFavouriteItemPtr &item) { deleteFavourite(item); });
+    connect(window, &KVMainWindow::favouriteFolderDeleteRequested, this,
+            [this](const KVFavouriteFolderPtr &folder) { deleteFavourite(folder); });
+    connect(window, &KVMainWindow::favouriteDroppedOnRemoveButton, m_favourites,
+            &KVFavouritesController::deleteDroppedFavourite);
     // Once the name field has closed: a rename rebuilds the sidebar.
-    connect(model, &KVSidebarModel::favouriteFolderRenamed, this, &KVAppDelegate::renameFavouriteFolder,
-            Qt::QueuedConnection);
-    model->setFavouriteDropHandler([this](const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex) {
-        return acceptFavouriteDrop(data, folder, childIndex);
-    });
+    connect(window, &KVMainWindow::favouriteFolderRenamed, m_favourites,
+            &KVFavouritesController::renameFavouriteFolder, Qt::QueuedConnection);
+    window->sidebarModel()->setFavouriteDropHandler(
+        [this](const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex) {
+            return m_favourites->acceptDrop(data, folder, childIndex);
+        });
 }
 
-void KVAppDelegate::outlineViewSelectionDidChange()
+void KVAppDelegate::performDragOperation(const QString &imagePath)
 {
-    // The row drawn selected since the last rebuild gives way to the user's choice.
-    KVSidebarModel *model = m_mainWindow->sidebarModel();
-    model->clearDrawnSelection();
-    const QModelIndexList selected = m_mainWindow->sidebar()->selectionModel()->selectedRows();
-    setCurrentSelection(selected.isEmpty() ? nullptr : model->volume(selected.first()));
-}
-
-void KVAppDelegate::unmountFromOutlineView(const QModelIndex &index)
-{
-    if (const KVVolumeItemPtr volume = m_mainWindow->sidebarModel()->volume(index))
-        unmountVolume(volume);
-}
-
-bool KVAppDelegate::acceptFavouriteDrop(const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex)
-{
-    const bool moved = folder ? KVFavouritesDrop::acceptItemDrop(m_favourites, data, folder, childIndex)
-                              : KVFavouritesDrop::acceptFolderDrop(m_favourites, data, childIndex);
-    if (!moved)
-        return false;
-    reloadSidebar();
-    KVAppNotifications::instance().postUpdateFavs();
-    return true;
-}
-
-void KVAppDelegate::deleteFavouriteTrash(const QMimeData &data)
-{
-    if (data.hasFormat(KVFavouritesDrop::ItemFormat)) {
-        // The archived folder must live while the item is looked up by it.
-        if (const auto archived = KVFavouritesArchive::unarchiveItem(data.data(KVFavouritesDrop::ItemFormat)))
-            deleteFavourite(archived->item);
-    } else if (data.hasFormat(KVFavouritesDrop::FolderFormat)) {
-        if (const KVFavouriteFolderPtr folder =
-                KVFavouritesArchive::unarchiveFolder(data.data(KVFavouritesDrop::FolderFormat)))
-            deleteFavourite(folder);
-    }
-}
-
-void KVAppDelegate::deleteFavouriteContext(const QModelIndex &index)
-{
-    const KVSidebarModel *model = m_mainWindow->sidebarModel();
-    if (const KVFavouriteItemPtr item = model->favouriteItem(index))
-        deleteFavourite(item);
-    else if (const KVFavouriteFolderPtr folder = model->folder(index))
-        deleteFavourite(folder);
-}
-
-void KVAppDelegate::draggingEntered()
-{
-    m_mainWindow->innerMountArea()->setActive(true);
-    m_mainWindow->setMountVolumeLabelColour(KVColors::kvWhiteText());
-}
-
-void KVAppDelegate::draggingExited()
-{
-    m_mainWindow->innerMountArea()->setActive(false);
-    m_mainWindow->setMountVolumeLabelColour(KVColors::kvLightGreyText());
-}
-
-void KVAppDelegate::performDragOperation(const QString &fileName)
-{
-    m_mountImagePath = QFileInfo(fileName).absoluteFilePath();
+    m_mountImagePath = imagePath;
     mountDiskImageSheet();
 }
 
@@ -474,6 +346,9 @@ void KVAppDelegate::mountDiskImageSheet()
 {
     if (!m_mountImageWindow) {
         m_mountImageWindow = new KVMountImageSheet(m_mainWindow.get());
+        // This sheet ends as a success even after an alert.
+        m_mountImageFlow = new KVImageMountSheetController(m_mountImageWindow, KVSheetReturnCode::Succeeded,
+                                                           m_mountImageWindow);
         connect(m_mountImageWindow, &KVMountSheet::buttonClicked, this, &KVAppDelegate::mountDiskImageButtons);
         connect(m_mountImageWindow, &QDialog::finished, this, &KVAppDelegate::mountDiskImageSheetDidEnd);
     }
@@ -490,28 +365,9 @@ void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
     }
     if (identifier != u"mount")
         return;
-    m_mountImageWindow->disableButtons();
-    m_di->mountDiskImage(m_mountImagePath, m_mountImageWindow->password(), m_mountImageWindow->readOnly(),
-                         m_mountImageWindow->mountRoot(), KVPreferencesController::prefOpenFinderAfterMount(),
-                         [self = QPointer(this)](const KVOptionalError &error) {
-                             KVMainQueue::post(self, [self, error] {
-                                 self->mountDiskImageDidEnd(error);
-                             });
-                         });
-}
-
-void KVAppDelegate::mountDiskImageDidEnd(const KVOptionalError &error)
-{
-    if (error && KVMountSheet::showsInSheet(*error)) {
-        m_mountImageWindow->showErrorNotification(error->localizedFailureReason());
-        m_mountImageWindow->enableButtons();
-        return;
-    }
-    if (error) {
-        KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
-        showError(*error);
-    }
-    m_mountImageWindow->endSheet(KVSheetReturnCode::Succeeded);
+    m_mountImageFlow->setDi(m_di.get());
+    m_mountImageFlow->mount({m_mountImagePath, m_mountImageWindow->readOnly(), m_mountImageWindow->mountRoot(),
+                             KVPreferencesController::prefOpenFinderAfterMount()});
 }
 
 void KVAppDelegate::mountDiskImageSheetDidEnd()

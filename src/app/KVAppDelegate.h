@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KVFavouriteFolder.h"
+#include "KVFavouritesController.h"
 #include "KVQuitCoordinator.h"
 #include "KVSheetReturnCode.h"
 #include "diskimage/KVDiskImageDelegate.h"
@@ -13,11 +14,11 @@
 #include <QPointer>
 
 #include <memory>
-#include <variant>
 
 class KVDisk;
 class KVDiskImage;
 class KVFavouriteMountViewsController;
+class KVImageMountSheetController;
 class KVMainWindow;
 class KVMountImageSheet;
 class KVPreferencesController;
@@ -73,13 +74,16 @@ public:
     void setCurrentSelection(const KVVolumeItemPtr &item);
     void updateAfterVolumeChange();
 
-    // Favourites.
-    const QList<KVFavouriteFolderPtr> &favourites() const { return m_favourites; }
-    QList<KVFavouriteFolderPtr> &favourites() { return m_favourites; }
-    void addFavouriteFolder();
-    void addToFavourites(const KVFavouriteFolderPtr &folder);
-    void deleteFavourite(const std::variant<KVFavouriteFolderPtr, KVFavouriteItemPtr> &favourite);
-    void renameFavouriteFolder(const KVFavouriteFolderPtr &folder, const QString &name);
+    // Favourites: kept by the favourites controller.
+    const QList<KVFavouriteFolderPtr> &favourites() const { return m_favourites->favourites(); }
+    QList<KVFavouriteFolderPtr> &favourites() { return m_favourites->favourites(); }
+    void addFavouriteFolder() { m_favourites->addFavouriteFolder(); }
+    void addToFavourites(const KVFavouriteFolderPtr &folder) { m_favourites->addToFavourites(folder, m_currentSelection); }
+    void deleteFavourite(const KVFavouritesController::Favourite &favourite) { m_favourites->deleteFavourite(favourite); }
+    void renameFavouriteFolder(const KVFavouriteFolderPtr &folder, const QString &name)
+    {
+        m_favourites->renameFavouriteFolder(folder, name);
+    }
     void updateFavs();
 
     // The create-image wizard's sheet ended: a finished creation that was
@@ -101,15 +105,11 @@ public:
         return m_favouriteMountViewsController.get();
     }
 
-    // A file dragged over the main window (one "sparseimage" file only).
-    void draggingEntered();
-    void draggingExited();
-    void performDragOperation(const QString &fileName);
+    // A disk image dropped on the main window.
+    void performDragOperation(const QString &imagePath);
 
-    // The sidebar's requests.
-    void unmountFromOutlineView(const QModelIndex &index);
-    void deleteFavouriteContext(const QModelIndex &index);
-    void deleteFavouriteTrash(const QMimeData &data);
+    // A favourite dragged onto the sidebar's remove button.
+    void deleteFavouriteTrash(const QMimeData &data) { m_favourites->deleteDroppedFavourite(data); }
 
     bool appShouldTerminate() const { return m_quit->isQuitting(); }
 
@@ -126,7 +126,6 @@ Q_SIGNALS:
 
 private:
     static QVariantMap registeredDefaults();
-    QList<KVFavouriteFolderPtr> getFavourites() const;
     void updateAddToFavouritePullDown();
     void updateDetailView();
     void showError(const KVAppError &error);
@@ -134,9 +133,6 @@ private:
     bool disksAvailable() const;
     void reloadSidebar();
     void connectSidebarAndMountSheets();
-    void outlineViewSelectionDidChange();
-    bool acceptFavouriteDrop(const QMimeData &data, const KVFavouriteFolderPtr &folder, int childIndex);
-    void mountDiskImageDidEnd(const KVOptionalError &error);
     void mountDiskImageSheetDidEnd();
     void resetDiskImageMountSheet();
 
@@ -148,8 +144,9 @@ private:
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;
-    QList<KVFavouriteFolderPtr> m_favourites;
+    KVFavouritesController *m_favourites; // a child
     QString m_mountImagePath;
     KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
+    KVImageMountSheetController *m_mountImageFlow = nullptr; // a child of the sheet
     std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;    KVQuitCoordinator *m_quit; // a child
 };

@@ -1,22 +1,21 @@
 #include "KVFavouriteMountViewsController.h"
 
-#include "KVAlert.h"
+#include "KVImageMountSheetController.h"
 #include "KVFavouriteItem.h"
 #include "KVMountSheet.h"
 #include "KVPreferencesController.h"
-#include "KVAppDelegate.h"
-#include "diskimage/KVDiskImage.h"
-#include "platform/KVMainQueue.h"
 #include "platform/KVSystemLog.h"
 
 #include "ui_FavouriteMountViews.h"
 
 KVFavouriteMountViewsController::KVFavouriteMountViewsController(KVDiskImage *di, QWidget *window, QObject *parent)
     : QObject(parent)
-    , m_di(di)
     , m_window(new KVMountSheet(window))
     , m_ui(std::make_unique<Ui::FavouriteMountViews>())
+    , m_mountFlow(new KVImageMountSheetController(m_window, KVSheetReturnCode::Cancelled, this))
 {
+    m_mountFlow->setDi(di);
+    connect(m_mountFlow, &KVImageMountSheetController::mountEnded, this, &KVFavouriteMountViewsController::reset);
     m_ui->setupUi(m_window);
     m_window->setParts(m_ui->passwordField, m_ui->mountFavouriteErrorNotification, m_ui->mountFavouriteMountButton,
                        m_ui->mountFavouriteCancelButton);
@@ -27,25 +26,19 @@ KVFavouriteMountViewsController::~KVFavouriteMountViewsController() = default;
 
 KVDiskImage *KVFavouriteMountViewsController::di() const
 {
-    return m_di;
+    return m_mountFlow->di();
 }
 
 void KVFavouriteMountViewsController::setDi(KVDiskImage *di)
 {
-    m_di = di;
-}
-
-void KVFavouriteMountViewsController::showError(const KVAppError &error)
-{
-    KVSystemLog::write(QStringLiteral("Error: %1").arg(error.debugDescription()));
-    KVAlert::showError(m_window->parentWidget(), error);
+    m_mountFlow->setDi(di);
 }
 
 void KVFavouriteMountViewsController::setFavouriteItemToMount(const KVFavouriteItemPtr &item)
 {
     const KVResult<QString> location = item->locationURL();
     if (!location) {
-        showError(location.error());
+        m_mountFlow->showError(location.error());
         reset();
         return;
     }
@@ -77,14 +70,14 @@ QUrl KVFavouriteMountViewsController::mountRoot(const QString &mountPoint)
 void KVFavouriteMountViewsController::mount()
 {
     disableButtons();
-    if (!m_favouriteItemToMount || !m_di) {
+    if (!m_favouriteItemToMount || !m_mountFlow->di()) {
         m_window->endSheet(KVSheetReturnCode::Cancelled);
         reset();
         return;
     }
     const KVResult<QString> location = m_favouriteItemToMount->locationURL();
     if (!location) {
-        showError(location.error());
+        m_mountFlow->showError(location.error());
         m_window->endSheet(KVSheetReturnCode::Cancelled);
         reset();
         return;
@@ -95,26 +88,8 @@ void KVFavouriteMountViewsController::mount()
     else
         root = mountRoot(m_favouriteItemToMount->mountPoint());
 
-    m_di->mountDiskImage(location.value(), m_window->password(), m_favouriteItemToMount->readOnly(), root,
-                         KVPreferencesController::prefOpenFinderAfterMount(),
-                         [self = QPointer(this)](const KVOptionalError &error) {
-                             KVMainQueue::post(self, [self, error] {
-                                 self->mountDidEnd(error);
-                             });
-                         });
-}
-
-void KVFavouriteMountViewsController::mountDidEnd(const KVOptionalError &error)
-{
-    if (error && KVMountSheet::showsInSheet(*error)) {
-        m_window->showErrorNotification(error->localizedFailureReason());
-        enableButtons();
-        return;
-    }
-    if (error)
-        showError(*error);
-    m_window->endSheet(error ? KVSheetReturnCode::Cancelled : KVSheetReturnCode::Succeeded);
-    reset();
+    m_mountFlow->mount({location.value(), m_favouriteItemToMount->readOnly(), root,
+                        KVPreferencesController::prefOpenFinderAfterMount()});
 }
 
 void KVFavouriteMountViewsController::reset()

@@ -9,6 +9,7 @@
 #include <memory>
 
 class KVDiskImage;
+class KVImageMountSheetController;
 class KVMountSheet;
 namespace Ui {
 class FavouriteMountViews;
@@ -47,11 +48,9 @@ public:
 
 private:
     void mount();
-    void mountDidEnd(const KVOptionalError &error);
-    void showError(const KVAppError &error);
 
-    QPointer<KVDiskImage> m_di;
     KVFavouriteItemPtr m_favouriteItemToMount;
     KVMountSheet *m_window;
     std::unique_ptr<Ui::FavouriteMountViews> m_ui;
+    KVImageMountSheetController *m_mountFlow; // a child
 };

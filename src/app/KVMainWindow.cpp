@@ -96,7 +96,9 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     splitColours.setColor(QPalette::Window, KVColors::kvSelectOutline());
     splitter->setPalette(splitColours);
     setCentralWidget(splitter);
+    m_splitter = splitter;
     resize(860, 560);
+    connectSidebar();
 
     reloadSidebar({}, {}, nullptr);
     showDetails(nullptr);
@@ -248,9 +250,44 @@ void KVMainWindow::reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, 
     m_sidebar->restoreExpansion();
 }
 
+void KVMainWindow::setDetailPane(QWidget *pane)
+{
+    QWidget *previous = m_splitter->replaceWidget(1, pane);
+    if (previous == m_detail)
+        m_detail = nullptr;
+    delete previous;
+}
+
+void KVMainWindow::connectSidebar()
+{
+    connect(m_sidebar, &KVOutlineView::unmountRequested, this, [this](const QModelIndex &index) {
+        if (const KVVolumeItemPtr volume = m_sidebarModel->volume(index))
+            Q_EMIT unmountRequested(volume);
+    });
+    connect(m_sidebar, &KVOutlineView::favouriteActivated, this, [this](const QModelIndex &index) {
+        Q_EMIT favouriteActivated(m_sidebarModel->favouriteItem(index));
+    });
+    connect(m_sidebar, &KVOutlineView::deleteRequested, this, [this](const QModelIndex &index) {
+        if (const KVFavouriteItemPtr item = m_sidebarModel->favouriteItem(index))
+            Q_EMIT favouriteItemDeleteRequested(item);
+        else if (const KVFavouriteFolderPtr folder = m_sidebarModel->folder(index))
+            Q_EMIT favouriteFolderDeleteRequested(folder);
+    });
+    connect(m_sidebar, &KVOutlineView::favouriteDroppedOnRemoveButton, this,
+            &KVMainWindow::favouriteDroppedOnRemoveButton);
+    connect(m_sidebar->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        // The row drawn selected since the last rebuild gives way to the user's choice.
+        m_sidebarModel->clearDrawnSelection();
+        const QModelIndexList selected = m_sidebar->selectionModel()->selectedRows();
+        Q_EMIT volumeSelected(selected.isEmpty() ? nullptr : m_sidebarModel->volume(selected.first()));
+    });
+    connect(m_sidebarModel, &KVSidebarModel::favouriteFolderRenamed, this, &KVMainWindow::favouriteFolderRenamed);
+}
+
 void KVMainWindow::showDetails(const KVVolumeItemPtr &volume)
 {
-    m_detail->setText(volume ? volume->name() : tr("No volume selected"));
+    if (m_detail) // until a detail pane takes its place
+        m_detail->setText(volume ? volume->name() : tr("No volume selected"));
 }
 
 bool KVMainWindow::acceptsDroppedFiles(const QStringList &fileNames)
@@ -266,7 +303,7 @@ void KVMainWindow::dragEnterEvent(QDragEnterEvent *event)
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    Q_EMIT draggingEntered();
+    showDropHighlight(true);
 }
 
 void KVMainWindow::dragMoveEvent(QDragMoveEvent *event)
@@ -282,7 +319,7 @@ void KVMainWindow::dragMoveEvent(QDragMoveEvent *event)
 void KVMainWindow::dragLeaveEvent(QDragLeaveEvent *event)
 {
     event->accept();
-    Q_EMIT draggingExited();
+    showDropHighlight(false);
 }
 
 void KVMainWindow::dropEvent(QDropEvent *event)
@@ -294,8 +331,14 @@ void KVMainWindow::dropEvent(QDropEvent *event)
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    Q_EMIT performDragOperation(names.first());
-    Q_EMIT draggingExited();
+    Q_EMIT fileDropped(QFileInfo(names.first()).absoluteFilePath());
+    showDropHighlight(false);
+}
+
+void KVMainWindow::showDropHighlight(bool shown)
+{
+    m_innerMountArea->setActive(shown);
+    setMountVolumeLabelColour(shown ? KVColors::kvWhiteText() : KVColors::kvLightGreyText());
 }
 
 void KVMainWindow::closeEvent(QCloseEvent *event)

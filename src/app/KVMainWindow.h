@@ -14,6 +14,8 @@ class KVSidebarModel;
 class QGraphicsOpacityEffect;
 class QLabel;
 class QMenu;
+class QMimeData;
+class QSplitter;
 class QParallelAnimationGroup;
 
 // The single main window: on the left the sidebar of favourites and mounted
@@ -22,8 +24,8 @@ class QParallelAnimationGroup;
 //
 // A file dragged over the window is offered to the controller only when it
 // is exactly one file with the extension "sparseimage": the window reports
-// the drag coming in, going out and the drop, and the controller decides
-// what they do.
+// the drop; the window itself lights its drop area up while the drag is over
+// it.
 class KVMainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -46,6 +48,9 @@ public:
     void reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, const QList<KVVolumeItemPtr> &volumes,
                        const KVVolumeItemPtr &selection);
     void showDetails(const KVVolumeItemPtr &volume);
+    // The right side of the window is one widget: the detail pane replaces
+    // the placeholder (the window takes it and deletes the one it had).
+    void setDetailPane(QWidget *pane);
     void setMountVolumeLabelColour(const QColor &colour);
     // While a quit waits for volumes to unmount, the window says which.
     void showQuitWaitingFor(const QStringList &volumeNames);
@@ -59,9 +64,16 @@ Q_SIGNALS:
     void preferencesRequested();
     void mountDiskImageRequested();
     void addFavouriteFolderRequested();
-    void draggingEntered();
-    void draggingExited();
-    void performDragOperation(const QString &fileName);
+    // A disk image was dropped on the window: its absolute path.
+    void fileDropped(const QString &imagePath);
+    // The sidebar's requests, with what they are about.
+    void volumeSelected(const KVVolumeItemPtr &volume); // null: none
+    void unmountRequested(const KVVolumeItemPtr &volume);
+    void favouriteActivated(const KVFavouriteItemPtr &item);
+    void favouriteItemDeleteRequested(const KVFavouriteItemPtr &item);
+    void favouriteFolderDeleteRequested(const KVFavouriteFolderPtr &folder);
+    void favouriteDroppedOnRemoveButton(const QMimeData &data);
+    void favouriteFolderRenamed(const KVFavouriteFolderPtr &folder, const QString &name);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -73,16 +85,21 @@ protected:
 private:
     QWidget *createSidebarPane();
     QWidget *createMountArea();
+    // The sidebar's requests leave the window as signals about favourites and volumes.
+    void connectSidebar();
     void createMenus();
     void mouseDidEnter();
     void mouseDidExit();
     void fadeMountArea(qreal labelOpacity, qreal offersOpacity);
+    // While an image is dragged over the window, the drop area lights up.
+    void showDropHighlight(bool shown);
     // Whether a drag with these file names may be dropped on the window.
     static bool acceptsDroppedFiles(const QStringList &fileNames);
 
     KVSidebarModel *m_sidebarModel;
     KVOutlineView *m_sidebar;
     QLabel *m_detail;
+    QSplitter *m_splitter = nullptr;
     QMenu *m_addToFavouritesMenu;
     KVHoverArea *m_outerMountArea = nullptr;
     KVMountAreaView *m_innerMountArea = nullptr;
