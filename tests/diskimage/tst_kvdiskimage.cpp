@@ -303,7 +303,7 @@ private Q_SLOTS:
         bench.engine->mountDiskImage(SecretImage, QStringLiteral("wrong"), false, QUrl(), false, bench.outcome.errorBlock());
         bench.settle();
         QVERIFY(bench.outcome.error());
-        QVERIFY(bench.outcome.error()->is(10));
+        QVERIFY(bench.outcome.error()->is(KVAppErrorCode(10)));
 
         Outcome created;
         bench.hdiutil.setResponseFromFile(QStringLiteral("hdiutil/create-file-exists.txt"), 1);
@@ -314,7 +314,7 @@ private Q_SLOTS:
         QVERIFY(created.wellBehaved());
         QCOMPARE(created.lines().size(), 11);
         QCOMPARE(created.lines().at(1), QString::fromUtf8("MESSAGE:Initializing\u2026"));
-        QVERIFY(created.error()->is(25));
+        QVERIFY(created.error()->is(KVAppErrorCode(25)));
 
         Outcome limits;
         bench.hdiutil.setResponseFromFile(QStringLiteral("hdiutil/resize-limits.plist"));
@@ -329,7 +329,7 @@ private Q_SLOTS:
         bench.engine->getLimits(imageItem(), QStringLiteral("pw"), wrong.limitsBlock());
         bench.settle();
         QVERIFY(!wrong.limits());
-        QVERIFY(wrong.error()->is(10));
+        QVERIFY(wrong.error()->is(KVAppErrorCode(10)));
     }
 
     void createWithoutAPathRunsNothing()
@@ -342,7 +342,7 @@ private Q_SLOTS:
         QVERIFY(bench.outcome.lines().isEmpty());
         QVERIFY(bench.outcome.wellBehaved());
         const KVOptionalError error = bench.outcome.error();
-        QVERIFY(error && error->is(50));
+        QVERIFY(error && error->is(KVAppErrorCode(50)));
         QCOMPARE(error->localizedDescription(), QStringLiteral("Disk Image creation failed"));
         QCOMPARE(error->localizedFailureReason(), QStringLiteral("There is no path parameter"));
     }
@@ -407,7 +407,7 @@ private Q_SLOTS:
             ++calls;
         });
         QCOMPARE(calls, 1);
-        QVERIFY(error && error->is(200));
+        QVERIFY(error && error->is(KVAppErrorCode(200)));
         QCOMPARE(error->localizedDescription(), QStringLiteral("Unmount failed"));
         QCOMPARE(error->localizedFailureReason(), QStringLiteral("Volume has no mount point"));
         bench.settle();

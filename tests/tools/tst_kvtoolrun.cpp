@@ -257,7 +257,7 @@ private Q_SLOTS:
 
         KVToolRun wholeRun = attachRun(tool);
         const KVOptionalError error = wholeRun.runWholeOutput(recognisingWrongPassword(wholeRun));
-        QVERIFY(error && error->is(10));
+        QVERIFY(error && error->is(KVAppErrorCode(10)));
     }
 
     void outputAfterTheExitIsNotRead()
