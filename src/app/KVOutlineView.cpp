@@ -8,6 +8,7 @@
 #include <QContextMenuEvent>
 #include <QDrag>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
@@ -149,6 +150,46 @@ void KVOutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &optio
     option.state.setFlag(QStyle::State_Selected, selectionModel() && selectionModel()->isSelected(index));
     option.state.setFlag(QStyle::State_Open, isExpanded(index));
     m_delegate->paint(painter, option, index);
+    // The keyboard's place is always visible, whatever the row draws itself.
+    if (hasFocus() && index == currentIndex()) {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(KVColors::kvWhiteText(), 2.0, Qt::DotLine));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRoundedRect(QRectF(option.rect).adjusted(2, 2, -2, -2), 4, 4);
+        painter->restore();
+    }
+}
+
+void KVOutlineView::keyPressEvent(QKeyEvent *event)
+{
+    const QModelIndex current = currentIndex();
+    const KVSidebarModel *model = sidebarModel();
+    if (!current.isValid() || !model || state() == EditingState) {
+        QTreeView::keyPressEvent(event);
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (model->favouriteItem(current))
+            Q_EMIT favouriteActivated(current);
+        else if (model->volume(current))
+            selectionModel()->select(current, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        else
+            setExpanded(current, !isExpanded(current));
+        return;
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        if (model->favouriteItem(current) || model->folder(current)) {
+            Q_EMIT deleteRequested(current);
+            return;
+        }
+        break;
+    default:
+        break;
+    }
+    QTreeView::keyPressEvent(event);
 }
 
 bool KVOutlineView::viewportEvent(QEvent *event)

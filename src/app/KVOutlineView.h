@@ -15,6 +15,7 @@ class QMenu;
 // turns clicks on a row's buttons into requests, drags favourites (only they
 // can be dragged) and takes them back, onto another place or onto the remove
 // button that shows while a favourite is dragged. Only volume rows select.
+// Everything a click does can be done from the keyboard, with the focus shown.
 class KVOutlineView : public QTreeView
 {
     Q_OBJECT
@@ -58,6 +59,9 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    // Arrows move, Enter mounts a favourite, selects a volume or folds a
+    // folder, Delete removes a favourite.
+    void keyPressEvent(QKeyEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;

@@ -380,6 +380,50 @@ private Q_SLOTS:
         outline->contextMenu()->close();
     }
 
+    void theKeyboardReachesEveryRow()
+    {
+        LaunchedController controller(1);
+        QVERIFY(controller.exposed);
+        KVOutlineView *outline = controller.outline();
+        QTRY_COMPARE(controller.delegate->unifiedVolumes().size(), 1);
+        controller.window()->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(controller.window()));
+        outline->setFocus();
+        QTRY_VERIFY(outline->hasFocus());
+        QVERIFY(outline->focusPolicy() & Qt::TabFocus);
+
+        // The row the keyboard is on is drawn so that it shows.
+        const QModelIndex first = controller.item(0, 0);
+        const QRect firstRow = outline->rowRect(first);
+        outline->selectionModel()->setCurrentIndex(controller.folder(1), QItemSelectionModel::NoUpdate);
+        const QImage elsewhere = outline->viewport()->grab(firstRow).toImage();
+        outline->selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+        QVERIFY(outline->viewport()->grab(firstRow).toImage() != elsewhere);
+
+        // Arrows move; Delete removes the favourite the keyboard is on.
+        QTest::keyClick(outline, Qt::Key_Down);
+        QCOMPARE(outline->currentIndex(), QModelIndex(controller.item(0, 1)));
+        QTest::keyClick(outline, Qt::Key_Delete);
+        QCOMPARE(savedFavourites(), (QStringList{"Home: Tax Returns", "Work: Clients"}));
+
+        // Enter selects a volume.
+        const QModelIndex volume = controller.model()->index(0, 0, controller.mounted());
+        outline->selectionModel()->setCurrentIndex(volume, QItemSelectionModel::NoUpdate);
+        QTest::keyClick(outline, Qt::Key_Return);
+        QCOMPARE(controller.delegate->currentSelection(), controller.delegate->unifiedVolumes().first());
+
+        // Enter on a folder folds it; on a favourite it asks to mount it.
+        QVERIFY(outline->isExpanded(controller.folder(1)));
+        outline->selectionModel()->setCurrentIndex(controller.folder(1), QItemSelectionModel::NoUpdate);
+        QTest::keyClick(outline, Qt::Key_Enter);
+        QVERIFY(!outline->isExpanded(controller.folder(1)));
+        QSignalSpy mountAsked(outline, &KVOutlineView::favouriteActivated);
+        outline->selectionModel()->setCurrentIndex(controller.item(0, 0), QItemSelectionModel::NoUpdate);
+        QTest::keyClick(outline, Qt::Key_Return);
+        QCOMPARE(mountAsked.count(), 1);
+        QCOMPARE(mountAsked.first().first().value<QModelIndex>(), QModelIndex(controller.item(0, 0)));
+    }
+
     void folderRenamedInPlace()
     {
         LaunchedController controller;
