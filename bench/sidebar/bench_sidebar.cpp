@@ -6,7 +6,7 @@
 //      the last screenful of volume rows (Qt lays out on the next pass of the
 //      event loop; scrolling to the end forces it here).
 // Run with QT_QPA_PLATFORM=offscreen for figures without a display.
-#include "app/KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "app/KVMainWindow.h"
 #include "app/KVOutlineView.h"
 #include "app/KVSidebarModel.h"

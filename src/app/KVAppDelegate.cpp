@@ -1,13 +1,14 @@
 #include "KVAppDelegate.h"
+#include "settings/KVPreferences.h"
 
 #include "KVAlert.h"
-#include "KVAppNotifications.h"
+#include "platform/KVAppNotifications.h"
 #include "KVFavouriteMountViewsController.h"
-#include "KVFavouritesArchive.h"
+#include "favourites/KVFavouritesArchive.h"
 #include "KVImageMountSheetController.h"
 #include "KVMainWindow.h"
 #include "KVMountImageSheet.h"
-#include "KVPreferenceKeys.h"
+#include "settings/KVPreferenceKeys.h"
 #include "KVPreferencesController.h"
 #include "KVSidebarModel.h"
 #include "disk/KVDisk.h"
@@ -128,14 +129,14 @@ bool KVAppDelegate::openFile(const QString &path)
 
 void KVAppDelegate::createImageWizardDidEnd(KVSheetReturnCode returnCode, const QString &imagePath)
 {
-    if (returnCode == KVSheetReturnCode::Finished && KVPreferencesController::prefSaveOpenRecent()
-        && KVPreferencesController::prefMountDiskImageAfterCreation())
+    if (returnCode == KVSheetReturnCode::Finished && KVPreferences::prefSaveOpenRecent()
+        && KVPreferences::prefMountDiskImageAfterCreation())
         m_services.recentDocuments.noteNewRecentDocumentURL(imagePath);
 }
 
 KVAppDelegate::TerminateReply KVAppDelegate::applicationShouldTerminate()
 {
-    return m_quit->applicationShouldTerminate(KVPreferencesController::prefAutoUnmountVolumes(), m_unifiedVolumes,
+    return m_quit->applicationShouldTerminate(KVPreferences::prefAutoUnmountVolumes(), m_unifiedVolumes,
                                               [this] { unmountAll(); });
 }
 
@@ -183,8 +184,8 @@ void KVAppDelegate::reloadMountedList()
 bool KVAppDelegate::forceUnmount() const
 {
     if (m_quit->isQuitting())
-        return KVPreferencesController::prefAutoUnmountVolumes() && KVPreferencesController::prefForceAutoUnmount();
-    return KVPreferencesController::prefForceUnmount();
+        return KVPreferences::prefAutoUnmountVolumes() && KVPreferences::prefForceAutoUnmount();
+    return KVPreferences::prefForceUnmount();
 }
 
 void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
@@ -195,7 +196,7 @@ void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
     const QPointer<KVAppDelegate> self(this);
     // Decided now, on the GUI thread: the completion may come on a worker thread.
     const KVQuitCoordinator::Report reportToQuit =
-        m_quit->reportFor(item->name(), KVPreferencesController::prefAutoUnmountVolumes());
+        m_quit->reportFor(item->name(), KVPreferences::prefAutoUnmountVolumes());
     m_di->unmountVolume(item, forceUnmount(), [self, reportToQuit](const KVOptionalError &error) {
         // During a quit a failure counts like a success and is neither logged nor shown.
         if (reportToQuit())
@@ -367,14 +368,14 @@ void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
         return;
     m_mountImageFlow->setDi(m_di.get());
     m_mountImageFlow->mount({m_mountImagePath, m_mountImageWindow->readOnly(), m_mountImageWindow->mountRoot(),
-                             KVPreferencesController::prefOpenFinderAfterMount()});
+                             KVPreferences::prefOpenFinderAfterMount()});
 }
 
 void KVAppDelegate::mountDiskImageSheetDidEnd()
 {
     resetDiskImageMountSheet();
     // Also after a cancel: the image was opened, if not mounted.
-    if (KVPreferencesController::prefSaveOpenRecent())
+    if (KVPreferences::prefSaveOpenRecent())
         m_services.recentDocuments.noteNewRecentDocumentURL(m_mountImagePath);
 }
 

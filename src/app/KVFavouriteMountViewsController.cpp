@@ -1,9 +1,9 @@
 #include "KVFavouriteMountViewsController.h"
+#include "settings/KVPreferences.h"
 
 #include "KVImageMountSheetController.h"
-#include "KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "KVMountSheet.h"
-#include "KVPreferencesController.h"
 #include "platform/KVSystemLog.h"
 
 #include "ui_FavouriteMountViews.h"
@@ -89,7 +89,7 @@ void KVFavouriteMountViewsController::mount()
         root = mountRoot(m_favouriteItemToMount->mountPoint());
 
     m_mountFlow->mount({location.value(), m_favouriteItemToMount->readOnly(), root,
-                        KVPreferencesController::prefOpenFinderAfterMount()});
+                        KVPreferences::prefOpenFinderAfterMount()});
 }
 
 void KVFavouriteMountViewsController::reset()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KVFavouriteFolder.h"
+#include "favourites/KVFavouriteFolder.h"
 
 #include <QObject>
 #include <QPointer>

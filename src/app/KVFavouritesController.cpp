@@ -1,10 +1,10 @@
 #include "KVFavouritesController.h"
 
-#include "KVAppNotifications.h"
-#include "KVFavouriteItem.h"
-#include "KVFavouritesArchive.h"
+#include "platform/KVAppNotifications.h"
+#include "favourites/KVFavouriteItem.h"
+#include "favourites/KVFavouritesArchive.h"
 #include "KVFavouritesDrop.h"
-#include "KVPreferenceKeys.h"
+#include "settings/KVPreferenceKeys.h"
 #include "platform/KVSystemLog.h"
 #include "platform/KVUserDefaults.h"
 

@@ -1,7 +1,7 @@
 #include "KVFavouritesDrop.h"
 
-#include "KVFavouriteItem.h"
-#include "KVFavouritesArchive.h"
+#include "favourites/KVFavouriteItem.h"
+#include "favourites/KVFavouritesArchive.h"
 
 #include <QMimeData>
 

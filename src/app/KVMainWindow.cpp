@@ -3,7 +3,7 @@
 #include "KVHoverArea.h"
 #include "KVMountAreaView.h"
 #include "KVOutlineView.h"
-#include "KVPreferenceKeys.h"
+#include "settings/KVPreferenceKeys.h"
 #include "KVSidebarModel.h"
 #include "KVSidebarStyle.h"
 #include "controls/KVColors.h"

@@ -8,9 +8,8 @@ namespace Ui {
 class Preferences;
 }
 
-// The preferences window: six check boxes, each saved the moment it is clicked.
-// The class also carries the accessors through which everything else reads the
-// preferences; they ask the store on every call, nothing is cached.
+// The preferences window: six check boxes, each saved the moment it is clicked
+// through KVPreferences.
 class KVPreferencesController : public QWidget
 {
     Q_OBJECT
@@ -20,19 +19,6 @@ public:
     ~KVPreferencesController() override;
 
     void showWindow();
-
-    static bool prefAutoUnmountVolumes();
-    static void setPrefAutoUnmountVolumes(bool value);
-    static bool prefForceAutoUnmount();
-    static void setPrefForceAutoUnmount(bool value);
-    static bool prefForceUnmount();
-    static void setPrefForceUnmount(bool value);
-    static bool prefMountDiskImageAfterCreation();
-    static void setPrefMountDiskImageAfterCreation(bool value);
-    static bool prefOpenFinderAfterMount();
-    static void setPrefOpenFinderAfterMount(bool value);
-    static bool prefSaveOpenRecent();
-    static void setPrefSaveOpenRecent(bool value);
 
 private:
     // The window shows what is stored when it loads; later changes made

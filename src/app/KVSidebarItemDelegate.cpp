@@ -1,6 +1,6 @@
 #include "KVSidebarItemDelegate.h"
 
-#include "KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "KVMountedCellView.h"
 #include "KVSidebarStyle.h"
 #include "KVSidebarModel.h"

@@ -1,6 +1,6 @@
 #include "KVSidebarModel.h"
 
-#include "KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "KVFavouritesDrop.h"
 
 #include <QMimeData>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KVFavouriteFolder.h"
+#include "favourites/KVFavouriteFolder.h"
 #include "model/KVVolumeItem.h"
 
 #include <QAbstractItemModel>

@@ -5,7 +5,7 @@
 // controller on those doubles.
 
 #include "app/KVAppDelegate.h"
-#include "app/KVPreferenceKeys.h"
+#include "settings/KVPreferenceKeys.h"
 #include "diskimage/KVDiskImage.h"
 #include "model/KVVolumeItem.h"
 #include "platform/KVUserDefaults.h"

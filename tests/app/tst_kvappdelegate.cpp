@@ -1,8 +1,9 @@
 #include "app/KVAppDelegate.h"
-#include "app/KVFavouriteItem.h"
-#include "app/KVFavouritesArchive.h"
+#include "settings/KVPreferences.h"
+#include "favourites/KVFavouriteItem.h"
+#include "favourites/KVFavouritesArchive.h"
 #include "app/KVMainWindow.h"
-#include "app/KVPreferenceKeys.h"
+#include "settings/KVPreferenceKeys.h"
 #include "app/KVPreferencesController.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
@@ -128,8 +129,8 @@ private Q_SLOTS:
         QCOMPARE(fixture.delegate->favourites().at(0)->name(), QStringLiteral("Home"));
         QCOMPARE(fixture.delegate->favourites().at(1)->name(), QStringLiteral("Work"));
         QVERIFY(!KVUserDefaults::standard().object(KVMountDiskImageAfterCreationKey).isNull());
-        QVERIFY(KVPreferencesController::prefMountDiskImageAfterCreation());
-        QVERIFY(!KVPreferencesController::prefSaveOpenRecent());
+        QVERIFY(KVPreferences::prefMountDiskImageAfterCreation());
+        QVERIFY(!KVPreferences::prefSaveOpenRecent());
     }
 
     void folderNumberingAndPersistence()
@@ -224,7 +225,7 @@ private Q_SLOTS:
         QTRY_COMPARE(fixture.delegate->unifiedVolumes().size(), 2);
         QCOMPARE(fixture.delegate->applicationShouldTerminate(), KVAppDelegate::TerminateReply::Now);
 
-        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        KVPreferences::setPrefAutoUnmountVolumes(true);
         Fixture empty(0);
         empty.delegate->applicationDidFinishLaunching();
         QCOMPARE(empty.delegate->applicationShouldTerminate(), KVAppDelegate::TerminateReply::Now);
@@ -232,7 +233,7 @@ private Q_SLOTS:
 
     void quitWaitsForEveryUnmountFailuresIncluded()
     {
-        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        KVPreferences::setPrefAutoUnmountVolumes(true);
         Fixture fixture(3);
         fixture.hdiutil.addFile(QStringLiteral("busy-disk5"), QByteArray());
         KVAppDelegate &delegate = *fixture.delegate;
@@ -253,7 +254,7 @@ private Q_SLOTS:
     // so the window must not veto that close once the quit may go ahead.
     void aQuitWithABusyVolumeEndsTheApplication()
     {
-        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        KVPreferences::setPrefAutoUnmountVolumes(true);
         Fixture fixture(2);
         fixture.hdiutil.addFile(QStringLiteral("busy-disk5"), QByteArray());
         KVAppDelegate &delegate = *fixture.delegate;
@@ -283,7 +284,7 @@ private Q_SLOTS:
 
     void aSystemVolumeKeepsTheQuitWaiting()
     {
-        KVPreferencesController::setPrefAutoUnmountVolumes(true);
+        KVPreferences::setPrefAutoUnmountVolumes(true);
         Fixture fixture(2, true);
         KVAppDelegate &delegate = *fixture.delegate;
         delegate.applicationDidFinishLaunching();
@@ -314,9 +315,9 @@ private Q_SLOTS:
         QFETCH(bool, forceAutoUnmount);
         QFETCH(bool, forceUnmount);
         QFETCH(bool, forced);
-        KVPreferencesController::setPrefAutoUnmountVolumes(quitting);
-        KVPreferencesController::setPrefForceAutoUnmount(forceAutoUnmount);
-        KVPreferencesController::setPrefForceUnmount(forceUnmount);
+        KVPreferences::setPrefAutoUnmountVolumes(quitting);
+        KVPreferences::setPrefForceAutoUnmount(forceAutoUnmount);
+        KVPreferences::setPrefForceUnmount(forceUnmount);
         Fixture fixture(1);
         KVAppDelegate &delegate = *fixture.delegate;
         delegate.applicationDidFinishLaunching();
@@ -387,11 +388,11 @@ private Q_SLOTS:
 
         delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
         QVERIFY(!recorded()); // the preference is off
-        KVPreferencesController::setPrefSaveOpenRecent(true);
-        KVPreferencesController::setPrefMountDiskImageAfterCreation(false);
+        KVPreferences::setPrefSaveOpenRecent(true);
+        KVPreferences::setPrefMountDiskImageAfterCreation(false);
         delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
         QVERIFY(!recorded()); // not mounted after creation
-        KVPreferencesController::setPrefMountDiskImageAfterCreation(true);
+        KVPreferences::setPrefMountDiskImageAfterCreation(true);
         delegate.createImageWizardDidEnd(KVSheetReturnCode::Cancelled, image);
         QVERIFY(!recorded());
         delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
@@ -410,10 +411,10 @@ private Q_SLOTS:
         QVERIFY(afterCreation->isChecked());
         QVERIFY(!saveRecent->isChecked());
         afterCreation->click();
-        QVERIFY(!KVPreferencesController::prefMountDiskImageAfterCreation());
+        QVERIFY(!KVPreferences::prefMountDiskImageAfterCreation());
         saveRecent->click();
-        QVERIFY(KVPreferencesController::prefSaveOpenRecent());
-        KVPreferencesController::setPrefMountDiskImageAfterCreation(true);
+        QVERIFY(KVPreferences::prefSaveOpenRecent());
+        KVPreferences::setPrefMountDiskImageAfterCreation(true);
     }
 };
 

@@ -1,4 +1,4 @@
-#include "app/KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "app/KVFavouritesDrop.h"
 
 #include <QMimeData>

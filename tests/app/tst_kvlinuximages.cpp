@@ -1,10 +1,10 @@
 // The application against Korvelle's own Linux tools, with real encrypted
 // images: what a person sees when an image is created and mounted.
 #include "app/KVAppDelegate.h"
+#include "settings/KVPreferences.h"
 #include "app/KVMainWindow.h"
 #include "app/KVMountedCellView.h"
-#include "app/KVPreferenceKeys.h"
-#include "app/KVPreferencesController.h"
+#include "settings/KVPreferenceKeys.h"
 #include "diskimage/KVDiskImage.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
@@ -144,11 +144,11 @@ private Q_SLOTS:
         resident.start(QStringLiteral("sleep"), {QStringLiteral("600")});
         QVERIFY(resident.waitForStarted());
 
-        const bool forced = KVPreferencesController::prefForceUnmount();
-        KVPreferencesController::setPrefForceUnmount(true);
+        const bool forced = KVPreferences::prefForceUnmount();
+        KVPreferences::setPrefForceUnmount(true);
         delegate.unmountVolume(delegate.unifiedVolumes().first());
         QTRY_COMPARE_WITH_TIMEOUT(delegate.unifiedVolumes().size(), 0, 30000);
-        KVPreferencesController::setPrefForceUnmount(forced);
+        KVPreferences::setPrefForceUnmount(forced);
         // The row goes with the mount; the detach ends a moment later.
         QTRY_VERIFY_WITH_TIMEOUT(!session.harness.info().contains(QStringLiteral("images")), 30000);
 
@@ -181,12 +181,12 @@ private Q_SLOTS:
         resident.start(QStringLiteral("sleep"), {QStringLiteral("600")});
         QVERIFY(resident.waitForStarted());
 
-        const bool autoUnmount = KVPreferencesController::prefAutoUnmountVolumes();
-        const bool force = KVPreferencesController::prefForceUnmount();
-        const bool forceAtQuit = KVPreferencesController::prefForceAutoUnmount();
-        KVPreferencesController::setPrefAutoUnmountVolumes(true);
-        KVPreferencesController::setPrefForceUnmount(false);
-        KVPreferencesController::setPrefForceAutoUnmount(false);
+        const bool autoUnmount = KVPreferences::prefAutoUnmountVolumes();
+        const bool force = KVPreferences::prefForceUnmount();
+        const bool forceAtQuit = KVPreferences::prefForceAutoUnmount();
+        KVPreferences::setPrefAutoUnmountVolumes(true);
+        KVPreferences::setPrefForceUnmount(false);
+        KVPreferences::setPrefForceAutoUnmount(false);
 
         // As the application wires it: the quit closes every window first.
         KVMainWindow *window = delegate.mainWindow();
@@ -199,9 +199,9 @@ private Q_SLOTS:
         QTimer::singleShot(60000, qApp, [] { QCoreApplication::exit(1); });
         const int status = QCoreApplication::exec();
 
-        KVPreferencesController::setPrefAutoUnmountVolumes(autoUnmount);
-        KVPreferencesController::setPrefForceUnmount(force);
-        KVPreferencesController::setPrefForceAutoUnmount(forceAtQuit);
+        KVPreferences::setPrefAutoUnmountVolumes(autoUnmount);
+        KVPreferences::setPrefForceUnmount(force);
+        KVPreferences::setPrefForceAutoUnmount(forceAtQuit);
         QCOMPARE(status, 0);
         QVERIFY2(shownWhileWaiting.contains(u"Resident"), qPrintable(shownWhileWaiting));
         QVERIFY(session.harness.info().contains(QStringLiteral("images")));

@@ -1,13 +1,13 @@
-#include "app/KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
+#include "settings/KVPreferences.h"
 #include "app/KVFavouriteMountViewsController.h"
-#include "app/KVFavouritesArchive.h"
+#include "favourites/KVFavouritesArchive.h"
 #include "app/KVHoverArea.h"
 #include "app/KVMainWindow.h"
 #include "app/KVMountAreaView.h"
 #include "app/KVMountImageSheet.h"
 #include "app/KVMountedCellView.h"
 #include "app/KVOutlineView.h"
-#include "app/KVPreferencesController.h"
 #include "app/KVSidebarModel.h"
 #include "controls/KVColors.h"
 #include "controls/KVPasswordFieldView.h"
@@ -343,7 +343,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, saveRecent);
         QFETCH(bool, cancel);
-        KVPreferencesController::setPrefSaveOpenRecent(saveRecent);
+        KVPreferences::setPrefSaveOpenRecent(saveRecent);
         Launched controller;
         QVERIFY(controller.exposed);
         const QString image = QStringLiteral("/home/someone/Noted Image.sparseimage");

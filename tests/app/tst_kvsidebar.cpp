@@ -1,5 +1,5 @@
-#include "app/KVFavouriteItem.h"
-#include "app/KVFavouritesArchive.h"
+#include "favourites/KVFavouriteItem.h"
+#include "favourites/KVFavouritesArchive.h"
 #include "app/KVMainWindow.h"
 #include "app/KVMountedCellView.h"
 #include "app/KVOutlineView.h"

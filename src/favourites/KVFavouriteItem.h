@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KVFavouriteFolder.h"
+#include "favourites/KVFavouriteFolder.h"
 #include "model/KVResult.h"
 #include "model/KVVolumeKind.h"
 

@@ -1,6 +1,6 @@
 #include "KVFavouriteItem.h"
 
-#include "KVAppNotifications.h"
+#include "platform/KVAppNotifications.h"
 #include "model/KVVolumeItem.h"
 #include "platform/KVBookmark.h"
 

@@ -1,6 +1,6 @@
 #include "KVFavouritesArchive.h"
 
-#include "KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 #include "tools/KVKeyedArchiver.h"
 #include "tools/KVValue.h"
 

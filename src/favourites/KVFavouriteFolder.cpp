@@ -1,6 +1,6 @@
 #include "KVFavouriteFolder.h"
 
-#include "KVFavouriteItem.h"
+#include "favourites/KVFavouriteItem.h"
 
 namespace {
 const QString Untitled = QStringLiteral("untitled");
