@@ -1,22 +1,22 @@
 #include "KVAppDelegate.h"
-#include "settings/KVPreferences.h"
 
 #include "KVAlert.h"
-#include "platform/KVAppNotifications.h"
 #include "KVFavouriteMountViewsController.h"
-#include "favourites/KVFavouritesArchive.h"
 #include "KVImageMountSheetController.h"
 #include "KVMainWindow.h"
 #include "KVMountImageSheet.h"
-#include "settings/KVPreferenceKeys.h"
 #include "KVPreferencesController.h"
 #include "KVSidebarModel.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
+#include "favourites/KVFavouritesArchive.h"
+#include "platform/KVAppNotifications.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVSystemLog.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
+#include "settings/KVPreferenceKeys.h"
+#include "settings/KVPreferences.h"
 
 #include <QAction>
 #include <QApplication>

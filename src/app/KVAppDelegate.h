@@ -141,12 +141,13 @@ private:
     std::unique_ptr<KVDiskImage> m_di;
     std::unique_ptr<KVDisk> m_disks;
     std::unique_ptr<KVPreferencesController> m_preferencesController;
+    KVQuitCoordinator *m_quit;                // a child
+    KVFavouritesController *m_favourites;     // a child
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;
-    KVFavouritesController *m_favourites; // a child
     QString m_mountImagePath;
     KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
     KVImageMountSheetController *m_mountImageFlow = nullptr; // a child of the sheet
-    std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;    KVQuitCoordinator *m_quit; // a child
+    std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;
 };
