@@ -9,6 +9,7 @@
 #include "KVSidebarModel.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
+#include "favourites/KVFavouriteItem.h"
 #include "favourites/KVFavouritesArchive.h"
 #include "platform/KVAppNotifications.h"
 #include "platform/KVMainQueue.h"

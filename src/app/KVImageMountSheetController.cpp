@@ -14,6 +14,16 @@ KVImageMountSheetController::KVImageMountSheetController(KVMountSheet *sheet, KV
 {
 }
 
+void KVImageMountSheetController::setDi(KVDiskImage *di)
+{
+    m_di = di;
+}
+
+KVDiskImage *KVImageMountSheetController::di() const
+{
+    return m_di;
+}
+
 void KVImageMountSheetController::mount(const Request &request)
 {
     m_sheet->disableButtons();

@@ -33,8 +33,8 @@ public:
 
     KVImageMountSheetController(KVMountSheet *sheet, KVSheetReturnCode afterAlert, QObject *parent = nullptr);
 
-    void setDi(KVDiskImage *di) { m_di = di; }
-    KVDiskImage *di() const { return m_di; }
+    void setDi(KVDiskImage *di);
+    KVDiskImage *di() const;
     KVMountSheet *sheet() const { return m_sheet; }
 
     void mount(const Request &request);
