@@ -386,16 +386,16 @@ private Q_SLOTS:
             return file.open(QIODevice::ReadOnly) && file.readAll().contains("New%20Secrets.sparseimage");
         };
 
-        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        delegate.createImageWizardDidEnd(KVSheetReturnCode::Finished, image);
         QVERIFY(!recorded()); // the preference is off
         KVPreferences::setPrefSaveOpenRecent(true);
         KVPreferences::setPrefMountDiskImageAfterCreation(false);
-        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        delegate.createImageWizardDidEnd(KVSheetReturnCode::Finished, image);
         QVERIFY(!recorded()); // not mounted after creation
         KVPreferences::setPrefMountDiskImageAfterCreation(true);
         delegate.createImageWizardDidEnd(KVSheetReturnCode::Cancelled, image);
         QVERIFY(!recorded());
-        delegate.createImageWizardDidEnd(KVAppDelegate::SheetFinished, image);
+        delegate.createImageWizardDidEnd(KVSheetReturnCode::Finished, image);
         QVERIFY(recorded());
     }
 

@@ -14,7 +14,7 @@ QList<KVFavouriteFolderPtr> favourites(const QStringList &folders)
         const KVFavouriteFolderPtr folder = KVFavouriteFolder::create(layout.left(1));
         for (const QChar name : layout.mid(1)) {
             KVFavouriteItemPtr item = KVFavouriteItem::create(QString(name), folder);
-            item->setType(QStringLiteral("diskImage"));
+            item->setType(KVVolumeKind::DiskImage);
             folder->content().append(item);
         }
         list.append(folder);
