@@ -12,12 +12,14 @@ constexpr uint64_t maxOffset = uint64_t(1) << 62;
 
 // Decimal digits only, all of them, within the range of T.
 template<typename T>
-std::optional<T> number(const std::string &text)
+std::optional<T> number(const std::optional<std::string> &text)
 {
+    if (!text)
+        return std::nullopt;
     T value{};
-    const char *end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (text.empty() || error != std::errc() || stop != end)
+    const char *end = text->data() + text->size();
+    const auto [stop, error] = std::from_chars(text->data(), end, value);
+    if (error != std::errc() || stop != end)
         return std::nullopt;
     return value;
 }
@@ -48,10 +50,10 @@ std::optional<KVImagefsOptions> KVImagefsOptions::parse(const std::vector<std::s
     const auto image = text("--image");
     const auto mountPoint = text("--mountpoint");
     const auto name = text("--name");
-    const auto offset = text("--offset") ? number<uint64_t>(*text("--offset")) : std::nullopt;
-    const auto keySize = text("--key-size") ? number<size_t>(*text("--key-size")) : std::nullopt;
-    const auto sectorSize = text("--sector-size") ? number<size_t>(*text("--sector-size")) : std::nullopt;
-    const auto controlFd = text("--control-fd") ? number<int>(*text("--control-fd")) : std::nullopt;
+    const auto offset = number<uint64_t>(text("--offset"));
+    const auto keySize = number<size_t>(text("--key-size"));
+    const auto sectorSize = number<size_t>(text("--sector-size"));
+    const auto controlFd = number<int>(text("--control-fd"));
     if (values.size() != 7 || !image || !mountPoint || !name || !offset || !keySize || !sectorSize
         || !controlFd)
         return std::nullopt;

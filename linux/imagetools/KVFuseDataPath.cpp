@@ -107,11 +107,17 @@ KVImageResult KVFuseDataPath::attach(const KVAttachRequest &request, const KVSec
     if (record.volumeName.isEmpty())
         record.volumeName = superblock->label.isEmpty() ? QStringLiteral("Untitled") : superblock->label;
 
-    record.mountPoint = KVVolumeFolder::create(request.mountRoot, record.volumeName);
-    if (record.mountPoint.isEmpty())
-        return KVImageError(KVImageError::NoMountableFileSystems);
     record.createdMountPoint = true;
-    registry.save(record);
+    record.mountPoint = KVVolumeFolder::create(request.mountRoot, record.volumeName,
+                                               [&](const QString &candidate) {
+                                                   record.mountPoint = candidate;
+                                                   registry.save(record);
+                                               });
+    if (record.mountPoint.isEmpty()) {
+        record.createdMountPoint = false;
+        registry.save(record);
+        return KVImageError(KVImageError::NoMountableFileSystems);
+    }
 
     if (auto error = mountVolume(record, registry, superblock->needsRecovery)) {
         QDir().rmdir(record.mountPoint);

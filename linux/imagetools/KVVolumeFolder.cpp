@@ -29,11 +29,13 @@ QString KVVolumeFolder::folderName(const QString &volumeName)
     return name;
 }
 
-QString KVVolumeFolder::create(const QString &root, const QString &volumeName)
+QString KVVolumeFolder::create(const QString &root, const QString &volumeName,
+                               const std::function<void(const QString &candidate)> &claim)
 {
     const QString base = QDir(root).absoluteFilePath(folderName(volumeName));
     for (int n = 0; n < maxAttempts; ++n) {
         const QString candidate = n == 0 ? base : QStringLiteral("%1 %2").arg(base).arg(n);
+        claim(candidate);
         if (mkdir(QFile::encodeName(candidate).constData(), 0755) == 0)
             return candidate;
         if (errno != EEXIST)
