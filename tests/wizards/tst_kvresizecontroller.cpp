@@ -7,6 +7,7 @@
 #include "../app/KVMountFixture.h"
 #include "KVScreenshot.h"
 
+#include <QEnterEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -233,6 +234,16 @@ void TestKVResizeController::spaceIndicatorLabelsFollowTheBar()
     QVERIFY(qAbs(used->geometry().center().x() - barEnd) <= 1);
     QVERIFY(used->y() > indicator->mapTo(&dialog, QPoint(0, indicator->height())).y());
     QCOMPARE(used->text(), u"40.0 MB used"_qs);
+
+    // The two fields show only while the pointer is over the bar.
+    QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), indicator->mapToGlobal(QPointF(2, 2)));
+    QApplication::sendEvent(indicator, &enter);
+    QVERIFY(used->isVisible());
+    QVERIFY(part<QLabel>(&dialog, "freeSpaceField")->isVisible());
+    kvSaveScreenshot(&dialog, u"resize-dialog-pointer-over-used-space"_qs);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(indicator, &leave);
+    QVERIFY(!used->isVisible());
 }
 
 void TestKVResizeController::outletsAndIdentifiers()
