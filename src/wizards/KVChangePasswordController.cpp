@@ -67,7 +67,7 @@ void KVChangePasswordController::reset()
 
 void KVChangePasswordController::setCurrentSelection(const KVVolumeItemPtr &item)
 {
-    const bool disk = item && item->type() == KVVolumeItem::DiskType;
+    const bool disk = item && item->type() == KVVolumeKind::Disk;
     m_ui->thumbImg->setProperty("imageName", disk ? DiskIconName : DiskImageIconName);
     m_ui->thumbImg->setPixmap(QIcon(disk ? QStringLiteral(":/icons/DiskIcon.svg")
                                          : QStringLiteral(":/icons/SheetDiskImageIcon.svg"))
@@ -121,7 +121,7 @@ void KVChangePasswordController::changePassword()
     if (!m_ui->newPasswordForm->isValid())
         return; // Return in a field presses "Change" even while it is disabled
     disableButtons();
-    const QString type = m_currentSelection ? m_currentSelection->type() : QString();
+    const KVVolumeKind type = m_currentSelection ? m_currentSelection->type() : KVVolumeKind::None;
     const QString oldPassword = m_ui->oldPasswordField->text();
     const QString newPassword = m_ui->newPasswordForm->password();
     const QPointer<KVChangePasswordController> self(this);
@@ -131,12 +131,12 @@ void KVChangePasswordController::changePassword()
                 self->changeDidEnd(error);
         });
     };
-    if (type == KVVolumeItem::DiskImageType && m_di) {
+    if (type == KVVolumeKind::DiskImage && m_di) {
         m_di->changePassword(m_currentSelection, oldPassword, newPassword, done);
-    } else if (type == KVVolumeItem::DiskType && m_disks) {
+    } else if (type == KVVolumeKind::Disk && m_disks) {
         m_disks->changePassword(m_currentSelection, oldPassword, newPassword, done);
     } else {
-        KVAlert::showError(parentWidget(), KVAppError(KVAppErrorDomain, 190, kvLocalized("Changing password failed"),
+        KVAlert::showError(parentWidget(), KVAppError(KVAppErrorCode::NotAValidVolume, kvLocalized("Changing password failed"),
                                                       kvLocalized("Not a valid volume")));
         endSheet(int(KVSheetReturnCode::Cancelled));
         reset();
@@ -145,7 +145,7 @@ void KVChangePasswordController::changePassword()
 
 void KVChangePasswordController::changeDidEnd(const KVOptionalError &error)
 {
-    if (error && error->is(10)) {
+    if (error && error->is(KVAppErrorCode::WrongPassword)) {
         m_ui->errorNotification->setText(error->localizedFailureReason());
         m_ui->errorNotification->show();
         enableButtons();
