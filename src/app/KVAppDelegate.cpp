@@ -123,8 +123,7 @@ bool KVAppDelegate::openFile(const QString &path)
 {
     if (QFileInfo(path).suffix() != u"sparseimage")
         return false;
-    m_mountImagePath = QFileInfo(path).absoluteFilePath();
-    Q_EMIT mountDiskImageSheetRequested();
+    Q_EMIT mountDiskImageSheetRequested(QFileInfo(path).absoluteFilePath());
     return true;
 }
 
@@ -319,8 +318,7 @@ void KVAppDelegate::connectSidebarAndMountSheets()
 
 void KVAppDelegate::performDragOperation(const QString &imagePath)
 {
-    m_mountImagePath = imagePath;
-    mountDiskImageSheet();
+    mountDiskImageSheet(imagePath);
 }
 
 void KVAppDelegate::mountDiskImage()
@@ -337,14 +335,13 @@ void KVAppDelegate::mountDiskImage()
         const QList<QUrl> urls = panel->selectedUrls();
         if (urls.isEmpty() || !std::all_of(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); }))
             return;
-        m_mountImagePath = urls.first().toLocalFile();
         // After the panel has gone: both are sheets of the main window.
-        KVMainQueue::post(this, [this] { mountDiskImageSheet(); });
+        KVMainQueue::post(this, [this, path = urls.first().toLocalFile()] { mountDiskImageSheet(path); });
     });
     panel->open();
 }
 
-void KVAppDelegate::mountDiskImageSheet()
+void KVAppDelegate::mountDiskImageSheet(const QString &imagePath)
 {
     if (!m_mountImageWindow) {
         m_mountImageWindow = new KVMountImageSheet(m_mainWindow.get());
@@ -354,7 +351,7 @@ void KVAppDelegate::mountDiskImageSheet()
         connect(m_mountImageWindow, &KVMountSheet::buttonClicked, this, &KVAppDelegate::mountDiskImageButtons);
         connect(m_mountImageWindow, &QDialog::finished, this, &KVAppDelegate::mountDiskImageSheetDidEnd);
     }
-    m_mountImageWindow->setImagePath(m_mountImagePath);
+    m_mountImageWindow->setImagePath(imagePath);
     m_mountImageWindow->open();
     m_mountImageWindow->focusPassword();
 }
@@ -368,7 +365,7 @@ void KVAppDelegate::mountDiskImageButtons(const QString &identifier)
     if (identifier != u"mount")
         return;
     m_mountImageFlow->setDi(m_di.get());
-    m_mountImageFlow->mount({m_mountImagePath, m_mountImageWindow->readOnly(), m_mountImageWindow->mountRoot(),
+    m_mountImageFlow->mount({m_mountImageWindow->imagePath(), m_mountImageWindow->readOnly(), m_mountImageWindow->mountRoot(),
                              KVPreferences::prefOpenFinderAfterMount()});
 }
 
@@ -377,7 +374,7 @@ void KVAppDelegate::mountDiskImageSheetDidEnd()
     resetDiskImageMountSheet();
     // Also after a cancel: the image was opened, if not mounted.
     if (KVPreferences::prefSaveOpenRecent())
-        m_services.recentDocuments.noteNewRecentDocumentURL(m_mountImagePath);
+        m_services.recentDocuments.noteNewRecentDocumentURL(m_mountImageWindow->imagePath());
 }
 
 void KVAppDelegate::resetDiskImageMountSheet()

@@ -90,13 +90,10 @@ public:
     // mounted goes to the recent documents when the user wants that.
     void createImageWizardDidEnd(KVSheetReturnCode returnCode, const QString &imagePath);
 
-    // The image about to be mounted through the mount sheet.
-    const QString &mountImagePath() const { return m_mountImagePath; }
-
     // Mounting through the sheets. The open panel and a file dropped on the
     // window lead to the image mount sheet, a favourite to its own.
     void mountDiskImage();
-    void mountDiskImageSheet();
+    void mountDiskImageSheet(const QString &imagePath);
     void mountDiskImageButtons(const QString &identifier);
     void mountFavourite(const KVFavouriteItemPtr &item);
     KVMountImageSheet *mountImageWindow() const { return m_mountImageWindow; }
@@ -121,8 +118,8 @@ public:
 Q_SIGNALS:
     // The application may end now.
     void terminate();
-    // The mount sheet is to be shown for mountImagePath().
-    void mountDiskImageSheetRequested();
+    // The mount sheet is to be shown for this image.
+    void mountDiskImageSheetRequested(const QString &imagePath);
 
 private:
     static QVariantMap registeredDefaults();
@@ -146,7 +143,6 @@ private:
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;
-    QString m_mountImagePath;
     KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
     KVImageMountSheetController *m_mountImageFlow = nullptr; // a child of the sheet
     std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;

@@ -18,6 +18,7 @@ KVMountImageSheet::~KVMountImageSheet() = default;
 
 void KVMountImageSheet::setImagePath(const QString &path)
 {
+    m_imagePath = path;
     const QFileInfo image(path);
     m_ui->heading->setText(tr("Enter Password for %1").arg(image.completeBaseName()));
     const QString location = QDir::toNativeSeparators(image.absoluteFilePath());

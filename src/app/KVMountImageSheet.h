@@ -22,6 +22,8 @@ public:
     ~KVMountImageSheet() override;
 
     void setImagePath(const QString &path);
+    // The image the sheet asks the password of, as it was set.
+    const QString &imagePath() const { return m_imagePath; }
     bool readOnly() const;
     // The folder to mount under, as a directory URL; empty when none is given.
     QUrl mountRoot() const;
@@ -34,4 +36,5 @@ public:
 
 private:
     std::unique_ptr<Ui::MountImageSheet> m_ui;
+    QString m_imagePath;
 };

@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(sheets.count(), 0);
         QVERIFY(fixture.delegate->openFile(QStringLiteral("/home/someone/my image.sparseimage")));
         QCOMPARE(sheets.count(), 1);
-        QCOMPARE(fixture.delegate->mountImagePath(), QStringLiteral("/home/someone/my image.sparseimage"));
+        QCOMPARE(sheets.first().first().toString(), QStringLiteral("/home/someone/my image.sparseimage"));
     }
 
     void reopenBringsTheWindowBack()

@@ -169,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(controller.sheet() && controller.sheet()->isVisible(), taken);
         QVERIFY(!window->innerMountArea()->isActive());
         if (taken) {
-            QCOMPARE(controller.delegate->mountImagePath(), files.first());
+            QCOMPARE(controller.sheet()->imagePath(), files.first());
             QCOMPARE(part<QLabel>(controller.sheet(), "heading")->text(),
                      QStringLiteral("Enter Password for ") + QFileInfo(files.first()).completeBaseName());
         }
@@ -376,7 +376,7 @@ private Q_SLOTS:
         panel->selectFile(image);
         static_cast<QDialog *>(panel)->accept();
         QTRY_VERIFY(controller.sheet() && controller.sheet()->isVisible());
-        QCOMPARE(controller.delegate->mountImagePath(), image);
+        QCOMPARE(controller.sheet()->imagePath(), image);
     }
 
     void favouriteMountsUnderItsFolder()
