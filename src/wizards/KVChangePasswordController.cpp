@@ -126,10 +126,7 @@ void KVChangePasswordController::changePassword()
     const QString newPassword = m_ui->newPasswordForm->password();
     const QPointer<KVChangePasswordController> self(this);
     auto done = [self](const KVOptionalError &error) {
-        KVMainQueue::post([self, error] {
-            if (self)
-                self->changeDidEnd(error);
-        });
+        KVMainQueue::post(self, [self, error] { self->changeDidEnd(error); });
     };
     if (type == KVVolumeKind::DiskImage && m_di) {
         m_di->changePassword(m_currentSelection, oldPassword, newPassword, done);

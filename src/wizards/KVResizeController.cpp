@@ -247,10 +247,7 @@ void KVResizeController::resizeVolume()
     // GUI thread.
     m_di->unmountVolume(m_currentSelection, false, [self, job](const KVOptionalError &unmountError) {
         if (unmountError) {
-            KVMainQueue::post([self, error = *unmountError] {
-                if (self)
-                    self->showErrorAndEnd(error);
-            });
+            KVMainQueue::post(self, [self, error = *unmountError] { self->showErrorAndEnd(error); });
             return;
         }
         if (!job->di)
@@ -258,9 +255,7 @@ void KVResizeController::resizeVolume()
         job->di->resize(job->location, job->sizeInM, job->password.value(),
                         [self, job](const KVOptionalError &resizeError) {
             if (resizeError) {
-                KVMainQueue::post([self, error = *resizeError] {
-                    if (!self)
-                        return;
+                KVMainQueue::post(self, [self, error = *resizeError] {
                     KVAlert::showError(self->parentWidget(), error);
                     self->done(int(KVSheetReturnCode::Cancelled));
                 });
@@ -270,9 +265,7 @@ void KVResizeController::resizeVolume()
                 return;
             job->di->mountDiskImage(job->location, job->password.value(), job->readOnly, job->mountRoot, false,
                                     [self, resizeFailed = resizeError.has_value()](const KVOptionalError &mountError) {
-                KVMainQueue::post([self, resizeFailed, mountError] {
-                    if (!self)
-                        return;
+                KVMainQueue::post(self, [self, resizeFailed, mountError] {
                     if (mountError)
                         KVAlert::showError(self->parentWidget(), *mountError);
                     self->reset();
