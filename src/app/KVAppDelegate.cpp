@@ -1,6 +1,7 @@
 #include "KVAppDelegate.h"
 
 #include "KVAlert.h"
+#include "KVDetailPaneController.h"
 #include "KVFavouriteMountViewsController.h"
 #include "KVImageMountSheetController.h"
 #include "KVMainWindow.h"
@@ -39,6 +40,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     , m_mainWindow(std::make_unique<KVMainWindow>())
     , m_quit(new KVQuitCoordinator(this))
     , m_favourites(new KVFavouritesController(this))
+    , m_detailPane(new KVDetailPaneController(m_mainWindow.get(), this))
 {
     connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
     connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
@@ -283,7 +285,7 @@ void KVAppDelegate::reloadSidebar()
 
 void KVAppDelegate::updateDetailView()
 {
-    m_mainWindow->showDetails(m_currentSelection);
+    m_detailPane->updateDetailView(m_currentSelection);
 }
 
 void KVAppDelegate::showError(const KVAppError &error)

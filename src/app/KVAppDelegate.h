@@ -15,6 +15,7 @@
 
 #include <memory>
 
+class KVDetailPaneController;
 class KVDisk;
 class KVDiskImage;
 class KVFavouriteMountViewsController;
@@ -140,6 +141,7 @@ private:
     std::unique_ptr<KVPreferencesController> m_preferencesController;
     KVQuitCoordinator *m_quit;                // a child
     KVFavouritesController *m_favourites;     // a child
+    KVDetailPaneController *m_detailPane;     // a child
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;

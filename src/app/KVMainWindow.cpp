@@ -1,5 +1,6 @@
 #include "KVMainWindow.h"
 
+#include "KVDetailPaneView.h"
 #include "KVHoverArea.h"
 #include "KVMountAreaView.h"
 #include "KVOutlineView.h"
@@ -55,7 +56,7 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_sidebarModel(new KVSidebarModel(this))
     , m_sidebar(new KVOutlineView)
-    , m_detail(new QLabel)
+    , m_detailPane(new KVDetailPaneView)
     , m_addToFavouritesMenu(new QMenu(this))
     , m_mountAreaFade(new QParallelAnimationGroup(this))
 {
@@ -64,17 +65,10 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     setAcceptDrops(true);
     m_sidebar->setSidebarModel(m_sidebarModel);
 
-    m_detail->setObjectName(QStringLiteral("detailPlaceholder"));
-    m_detail->setAlignment(Qt::AlignCenter);
-    m_detail->setAutoFillBackground(true);
-    QPalette detailColours = m_detail->palette();
-    detailColours.setColor(QPalette::Window, KVColors::kvDetailViewBackground());
-    detailColours.setColor(QPalette::WindowText, KVColors::kvLightGreyText());
-    m_detail->setPalette(detailColours);
-
     createMenus();
 
     auto *addToFavourites = new QToolButton;
+    m_addToFavouritesButton = addToFavourites;
     addToFavourites->setObjectName(QStringLiteral("addToFavouritePullDown"));
     addToFavourites->setText(tr("Add to Favorites"));
     addToFavourites->setMenu(m_addToFavouritesMenu);
@@ -89,7 +83,7 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     splitter->setHandleWidth(1);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(createSidebarPane());
-    splitter->addWidget(m_detail);
+    splitter->addWidget(m_detailPane);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({250, 610});
     QPalette splitColours = splitter->palette();
@@ -101,7 +95,7 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     connectSidebar();
 
     reloadSidebar({}, {}, nullptr);
-    showDetails(nullptr);
+    setAddToFavouritesEnabled(false);
 }
 
 KVMainWindow::~KVMainWindow()
@@ -250,12 +244,14 @@ void KVMainWindow::reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, 
     m_sidebar->restoreExpansion();
 }
 
-void KVMainWindow::setDetailPane(QWidget *pane)
+void KVMainWindow::setAddToFavouritesEnabled(bool enabled)
 {
-    QWidget *previous = m_splitter->replaceWidget(1, pane);
-    if (previous == m_detail)
-        m_detail = nullptr;
-    delete previous;
+    m_addToFavouritesButton->setEnabled(enabled);
+}
+
+void KVMainWindow::focusSidebar()
+{
+    m_sidebar->setFocus(Qt::OtherFocusReason);
 }
 
 void KVMainWindow::connectSidebar()
@@ -282,12 +278,6 @@ void KVMainWindow::connectSidebar()
         Q_EMIT volumeSelected(selected.isEmpty() ? nullptr : m_sidebarModel->volume(selected.first()));
     });
     connect(m_sidebarModel, &KVSidebarModel::favouriteFolderRenamed, this, &KVMainWindow::favouriteFolderRenamed);
-}
-
-void KVMainWindow::showDetails(const KVVolumeItemPtr &volume)
-{
-    if (m_detail) // until a detail pane takes its place
-        m_detail->setText(volume ? volume->name() : tr("No volume selected"));
 }
 
 bool KVMainWindow::acceptsDroppedFiles(const QStringList &fileNames)

@@ -8,6 +8,7 @@
 
 #include <array>
 
+class KVDetailPaneView;
 class KVHoverArea;
 class KVMountAreaView;
 class KVSidebarModel;
@@ -16,6 +17,7 @@ class QLabel;
 class QMenu;
 class QMimeData;
 class QSplitter;
+class QToolButton;
 class QParallelAnimationGroup;
 
 // The single main window: on the left the sidebar of favourites and mounted
@@ -47,10 +49,11 @@ public:
 
     void reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, const QList<KVVolumeItemPtr> &volumes,
                        const KVVolumeItemPtr &selection);
-    void showDetails(const KVVolumeItemPtr &volume);
-    // The right side of the window is one widget: the detail pane replaces
-    // the placeholder (the window takes it and deletes the one it had).
-    void setDetailPane(QWidget *pane);
+    // The right side of the window: what is known of the selected volume.
+    KVDetailPaneView *detailPane() const { return m_detailPane; }
+    // Adding to favourites is for disk images only.
+    void setAddToFavouritesEnabled(bool enabled);
+    void focusSidebar();
     void setMountVolumeLabelColour(const QColor &colour);
     // While a quit waits for volumes to unmount, the window says which.
     void showQuitWaitingFor(const QStringList &volumeNames);
@@ -98,7 +101,8 @@ private:
 
     KVSidebarModel *m_sidebarModel;
     KVOutlineView *m_sidebar;
-    QLabel *m_detail;
+    KVDetailPaneView *m_detailPane;
+    QToolButton *m_addToFavouritesButton = nullptr;
     QSplitter *m_splitter = nullptr;
     QMenu *m_addToFavouritesMenu;
     KVHoverArea *m_outerMountArea = nullptr;
