@@ -8,6 +8,7 @@
 #include "KVMountImageSheet.h"
 #include "KVPreferencesController.h"
 #include "KVSidebarModel.h"
+#include "KVTaskLauncher.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "favourites/KVFavouriteItem.h"
@@ -100,6 +101,10 @@ void KVAppDelegate::applicationDidFinishLaunching()
     // Without the disk tools the disk engine does not follow mounts either.
     m_disks = std::make_unique<KVDisk>(m_services.tools, disksAvailable() ? m_services.workspace : nullptr);
     m_disks->setDelegate(this);
+    m_taskLauncher = std::make_unique<KVTaskLauncher>(m_mainWindow.get(), m_di.get(), m_disks.get(),
+                                                      [this](KVSheetReturnCode code, const QString &imagePath) {
+                                                          createImageWizardDidEnd(code, imagePath);
+                                                      });
     reloadMountedList();
 
     reloadSidebar();

@@ -23,6 +23,7 @@ class KVImageMountSheetController;
 class KVMainWindow;
 class KVMountImageSheet;
 class KVPreferencesController;
+class KVTaskLauncher;
 class KVWorkspaceNotifications;
 class QMimeData;
 class QModelIndex;
@@ -148,4 +149,5 @@ private:
     KVMountImageSheet *m_mountImageWindow = nullptr; // a child of the main window
     KVImageMountSheetController *m_mountImageFlow = nullptr; // a child of the sheet
     std::unique_ptr<KVFavouriteMountViewsController> m_favouriteMountViewsController;
+    std::unique_ptr<KVTaskLauncher> m_taskLauncher; // the create, encrypt and mount wizards
 };

@@ -53,8 +53,10 @@ void KVNewPasswordForm::reset()
 
 void KVNewPasswordForm::cleanPasswords()
 {
-    m_ui->passwordField->clear();
-    m_ui->confirmPasswordField->clear();
+    // setText() rather than clear(): clearing is an edit that the field's undo would take back,
+    // password and all.
+    m_ui->passwordField->setText(QString());
+    m_ui->confirmPasswordField->setText(QString());
     if (m_estimator) {
         // The empty text's estimate is never shown: the estimator goes with it.
         m_estimator->estimate(QString());

@@ -29,22 +29,39 @@ KVSlidingSteps::KVSlidingSteps(QScrollArea *clipView, const QVector<QWidget *> &
 
 void KVSlidingSteps::nextStep()
 {
-    if (m_sliding || m_currentStep >= stepCount() - 1)
-        return;
-    makeThisAndNextStepVisible();
-    slideBy(+1);
+    requestSlide(+1);
 }
 
 void KVSlidingSteps::previousStep()
 {
-    if (m_sliding || m_currentStep <= 0)
+    requestSlide(-1);
+}
+
+void KVSlidingSteps::requestSlide(int direction)
+{
+    if (m_sliding) {
+        m_pendingSlides.append(direction);
         return;
-    makeThisAndPreviousStepVisible();
-    slideBy(-1);
+    }
+    if (direction > 0 && m_currentStep >= stepCount() - 1)
+        return;
+    if (direction < 0 && m_currentStep <= 0)
+        return;
+    if (direction > 0)
+        makeThisAndNextStepVisible();
+    else
+        makeThisAndPreviousStepVisible();
+    slideBy(direction);
 }
 
 void KVSlidingSteps::showFirstStep()
 {
+    m_pendingSlides.clear();
+    if (m_slide) {
+        m_slide->disconnect(this);
+        m_slide->stop();
+    }
+    m_sliding = false;
     m_clipView->horizontalScrollBar()->setValue(0);
     updateCurrentStep();
     makeThisStepVisible();
@@ -59,12 +76,15 @@ void KVSlidingSteps::slideBy(int direction)
     animation->setStartValue(bar->value());
     animation->setEndValue(bar->value() + direction * m_clipView->viewport()->width());
     m_sliding = true;
+    m_slide = animation;
     disableNavigationButtons();
     connect(animation, &QPropertyAnimation::finished, this, [this] {
         m_sliding = false;
         updateCurrentStep();
         makeThisStepVisible();
         Q_EMIT stepChanged(m_currentStep);
+        if (!m_sliding && !m_pendingSlides.isEmpty())
+            requestSlide(m_pendingSlides.takeFirst());
     });
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }

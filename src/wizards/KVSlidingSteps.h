@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QVector>
 
+class QAbstractAnimation;
 class QAbstractButton;
 class QScrollArea;
 class QWidget;
@@ -11,7 +12,8 @@ class QWidget;
 // The step mechanics the wizards share: the steps sit side by side in a strip inside a clip view
 // (a QScrollArea without scroll bars) and a step change slides the strip by one clip width. The
 // current step is always read back from the scroll position, so an interrupted slide cannot leave
-// the index and the picture disagreeing.
+// the index and the picture disagreeing. A step asked for while a slide runs (an engine that
+// answers before the slide is over) follows once it has ended, as the person would have seen it.
 class KVSlidingSteps : public QObject
 {
     Q_OBJECT
@@ -31,7 +33,8 @@ public:
 
     void nextStep();
     void previousStep();
-    // Jumps back to step one without animation (the wizards' reset).
+    // Jumps back to step one without animation (the wizards' reset), dropping a running slide and
+    // any step asked for meanwhile.
     void showFirstStep();
 
     void updateCurrentStep();
@@ -46,6 +49,7 @@ Q_SIGNALS:
     void stepChanged(int step);
 
 private:
+    void requestSlide(int direction);
     void slideBy(int direction);
     void showStepRange(int first, int last);
     void layOutSteps();
@@ -56,6 +60,8 @@ private:
     QVector<QWidget *> m_steps;
     QPointer<QAbstractButton> m_continueButton;
     QPointer<QAbstractButton> m_goBackButton;
+    QPointer<QAbstractAnimation> m_slide;
+    QVector<int> m_pendingSlides;
     float m_multiplier = 1.0f;
     int m_currentStep = 0;
     bool m_sliding = false;

@@ -89,6 +89,35 @@ private Q_SLOTS:
         wizard.sliding.updateCurrentStep();
         QCOMPARE(wizard.sliding.currentStep(), 1);
     }
+
+    // An engine that answers while the slide to its progress step still runs: the step it asks
+    // for follows the slide instead of being lost.
+    void stepsAskedForDuringASlideFollowIt()
+    {
+        Wizard wizard;
+        QSignalSpy changed(&wizard.sliding, &KVSlidingSteps::stepChanged);
+        wizard.sliding.nextStep();
+        wizard.sliding.nextStep();
+        wizard.sliding.nextStep();
+        QTRY_COMPARE_WITH_TIMEOUT(changed.size(), 3, 5000);
+        QCOMPARE(wizard.sliding.currentStep(), 3);
+        QCOMPARE(wizard.clip->horizontalScrollBar()->value(), 1200);
+        QCOMPARE(wizard.visibility(), (QVector<bool>{false, false, false, true}));
+    }
+
+    void showingTheFirstStepDropsARunningSlide()
+    {
+        Wizard wizard;
+        QSignalSpy changed(&wizard.sliding, &KVSlidingSteps::stepChanged);
+        wizard.sliding.nextStep();
+        wizard.sliding.nextStep();
+        wizard.sliding.showFirstStep();
+        QVERIFY(!wizard.sliding.isSliding());
+        QTest::qWait(200); // longer than a slide
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(wizard.sliding.currentStep(), 0);
+        QCOMPARE(wizard.clip->horizontalScrollBar()->value(), 0);
+    }
 };
 
 QTEST_MAIN(TestKVSlidingSteps)
