@@ -3,6 +3,8 @@
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "wizards/KVCreateImageWizardController.h"
+#include "wizards/KVEncryptDiskWizardController.h"
+#include "wizards/KVMountDiskController.h"
 
 #include <QFileDialog>
 #include <QUrl>
@@ -22,6 +24,16 @@ KVTaskLauncher::~KVTaskLauncher() = default;
 KVCreateImageWizardController *KVTaskLauncher::createImageWizard() const
 {
     return m_createImageWizard;
+}
+
+KVEncryptDiskWizardController *KVTaskLauncher::encryptDiskWizard() const
+{
+    return m_encryptDiskWizard;
+}
+
+KVMountDiskController *KVTaskLauncher::mountDiskController() const
+{
+    return m_mountDiskController;
 }
 
 void KVTaskLauncher::createDiskImage()
@@ -48,4 +60,22 @@ void KVTaskLauncher::createDiskImageAt(const QString &imagePath)
     m_createImageWizard->setDi(m_di);
     m_createImageWizard->setImagePath(QUrl::fromLocalFile(imagePath));
     m_createImageWizard->open();
+}
+
+void KVTaskLauncher::encryptDisk()
+{
+    if (!m_encryptDiskWizard)
+        m_encryptDiskWizard = new KVEncryptDiskWizardController(m_window);
+    m_encryptDiskWizard->setDisks(m_disks);
+    m_encryptDiskWizard->updateTable();
+    m_encryptDiskWizard->open();
+}
+
+void KVTaskLauncher::mountDisk()
+{
+    if (!m_mountDiskController)
+        m_mountDiskController = new KVMountDiskController(m_window);
+    m_mountDiskController->setDisks(m_disks);
+    m_mountDiskController->updateTable();
+    m_mountDiskController->open();
 }

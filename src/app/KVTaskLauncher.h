@@ -10,6 +10,8 @@
 class KVCreateImageWizardController;
 class KVDisk;
 class KVDiskImage;
+class KVEncryptDiskWizardController;
+class KVMountDiskController;
 class QWidget;
 
 // Opens the task wizards as sheets over the main window. Each wizard is made
@@ -19,6 +21,8 @@ class QWidget;
 // createDiskImage() first asks where the new image goes, in a save panel
 // sheet, then shows the create-image wizard for that file. The wizard's end
 // is reported with the file, for the shell to note it as a recent document.
+// encryptDisk() and mountDisk() show their wizards at once and let them load
+// their lists of disks.
 class KVTaskLauncher : public QObject
 {
     Q_OBJECT
@@ -32,16 +36,24 @@ public:
 
     // The wizard, once it has been shown (tests look at it).
     KVCreateImageWizardController *createImageWizard() const;
+    KVEncryptDiskWizardController *encryptDiskWizard() const;
+    KVMountDiskController *mountDiskController() const;
 
 public Q_SLOTS:
     void createDiskImage();
     // The create-image wizard for a chosen file, without the save panel.
     void createDiskImageAt(const QString &imagePath);
+    // The partition list is asked for as the sheet opens; the spinner turns until it is in.
+    void encryptDisk();
+    void mountDisk();
 
 private:
     QPointer<QWidget> m_window;
     QPointer<KVDiskImage> m_di;
     QPointer<KVDisk> m_disks;
     CreateImageDidEnd m_createImageDidEnd;
-    QPointer<KVCreateImageWizardController> m_createImageWizard; // a child of the window
+    // Children of the window.
+    QPointer<KVCreateImageWizardController> m_createImageWizard;
+    QPointer<KVEncryptDiskWizardController> m_encryptDiskWizard;
+    QPointer<KVMountDiskController> m_mountDiskController;
 };

@@ -51,6 +51,9 @@ public:
     const QList<KVVolumeItemPtr> &mountedDisks() const { return m_mountedDisks; }
     const QList<KVVolumeItemPtr> &disksToEncrypt() const { return m_disksToEncrypt; }
     const QList<KVVolumeItemPtr> &disksToMount() const { return m_disksToMount; }
+    // The wizards that list them empty them when they close (GUI thread).
+    void clearDisksToEncrypt() { m_disksToEncrypt.clear(); }
+    void clearDisksToMount() { m_disksToMount.clear(); }
 
     KVOperationQueue &mainDiskProcessingQueue() { return m_mainDiskProcessingQueue; }
 
