@@ -2,7 +2,6 @@
 
 #include "ui_CreateImageWizard.h"
 
-#include "controls/KVAccessibleProgressIndicator.h"
 #include "controls/KVColors.h"
 #include "controls/KVSizeValueTransformer.h"
 #include "diskimage/KVDiskImage.h"
@@ -63,7 +62,6 @@ KVCreateImageWizardController::KVCreateImageWizardController(QWidget *parent)
     , m_ui(std::make_unique<Ui::CreateImageWizard>())
 {
     m_ui->setupUi(this);
-    KVAccessibleProgressIndicator::installFactory();
     setUpSteps(m_ui->mainClipView, {m_ui->stepOne, m_ui->stepTwo, m_ui->stepThree, m_ui->stepFour},
                {m_ui->stepOneTitle->text(), m_ui->stepTwoTitle->text(), m_ui->stepThreeTitle->text(),
                 tr("Result")},

@@ -3,7 +3,6 @@
 #include "ui_EncryptDiskWizard.h"
 
 #include "app/KVAlert.h"
-#include "controls/KVAccessibleProgressIndicator.h"
 #include "controls/KVColors.h"
 #include "disk/KVDisk.h"
 #include "model/KVLocalization.h"
@@ -36,7 +35,6 @@ KVEncryptDiskWizardController::KVEncryptDiskWizardController(QWidget *parent)
     , m_ui(std::make_unique<Ui::EncryptDiskWizard>())
 {
     m_ui->setupUi(this);
-    KVAccessibleProgressIndicator::installFactory();
     setUpSteps(m_ui->mainClipView, {m_ui->stepOne, m_ui->stepTwo, m_ui->stepThree, m_ui->stepFour},
                {m_ui->stepOneTitle->text(), m_ui->stepTwoTitle->text(), m_ui->stepThreeTitle->text(), tr("Result")},
                m_ui->continueButton, m_ui->goBackButton, m_ui->cancelButton);
