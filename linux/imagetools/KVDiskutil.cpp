@@ -6,6 +6,8 @@
 #include "KVRuntimeDirectory.h"
 #include "KVSystemEntities.h"
 #include "KVToolOutput.h"
+#include "KVVolumeName.h"
+#include "KVVolumeRename.h"
 
 #include "tools/KVPropertyList.h"
 
@@ -20,11 +22,46 @@ int KVDiskutil::run(const QStringList &arguments)
     KVToolOutput out;
     QStringList rest = arguments;
     const bool plist = rest.removeAll(QStringLiteral("-plist")) > 0;
-    if (rest.size() != 2 || rest.first() != QLatin1String("info")) {
-        out.error(QStringLiteral("Usage:  diskutil info [-plist] <MountPoint|DiskIdentifier|DeviceNode>"));
+    if (rest.size() == 2 && rest.first() == QLatin1String("info"))
+        return info(rest.at(1), plist, out);
+    if (rest.size() == 3 && rest.first() == QLatin1String("rename") && !plist)
+        return rename(rest.at(1), rest.at(2), out);
+    out.error(QStringLiteral("Usage:  diskutil info [-plist] <MountPoint|DiskIdentifier|DeviceNode>\n"
+                             "        diskutil rename <MountPoint|DiskIdentifier|DeviceNode> <NewName>"));
+    return 1;
+}
+
+int KVDiskutil::rename(const QString &target, const QString &name, KVToolOutput &out)
+{
+    const auto directory = KVRuntimeDirectory::locate();
+    if (!directory) {
+        out.error(QStringLiteral("Could not find disk for ") + target);
         return 1;
     }
-    return info(rest.at(1), plist, out);
+    const KVAttachmentRegistry registry(QDir(*directory).canonicalPath());
+    KVFuseDataPath dataPath{QString()};
+    std::optional<KVAttachedImages::Entry> entry = KVAttachedImages(registry, dataPath).find(target);
+    if (!entry || !entry->mounted) {
+        out.error(QStringLiteral("Could not find disk for ") + target);
+        return 1;
+    }
+    if (!KVVolumeRename::isValidName(name)) {
+        out.error(QStringLiteral("%1 does not appear to be a valid volume name for its file system")
+                      .arg(KVVolumeName::sanitized(name)));
+        return 1;
+    }
+    KVAttachment &record = entry->record;
+    // Nothing attaches, detaches or renames meanwhile (the listing above
+    // takes the lock itself).
+    const KVAttachmentRegistry::Lock lock = registry.lock();
+    const KVImageResult error = KVVolumeRename::rename(record, name);
+    registry.save(record);
+    if (error) {
+        out.error(QStringLiteral("Failed to rename volume on %1: %2").arg(record.volumeDisk(), error->reason()));
+        return 1;
+    }
+    out.line(QStringLiteral("Volume on %1 renamed to %2").arg(record.volumeDisk(), name));
+    return 0;
 }
 
 int KVDiskutil::info(const QString &target, bool plist, KVToolOutput &out)

@@ -8,8 +8,9 @@ namespace kvlinux {
 class KVToolOutput;
 struct KVAttachment;
 
-// Korvelle's diskutil for Linux: "info [-plist] TARGET" for the volume of an
-// attached image, named by its mount point or its device (diskNs1).
+// Korvelle's diskutil for Linux, for the volume of an attached image, named
+// by its mount point or its device (diskNs1): "info [-plist] TARGET" and
+// "rename TARGET NAME".
 class KVDiskutil
 {
 public:
@@ -20,6 +21,7 @@ public:
 
 private:
     int info(const QString &target, bool plist, KVToolOutput &out);
+    int rename(const QString &target, const QString &name, KVToolOutput &out);
 };
 
 } // namespace kvlinux

@@ -268,6 +268,33 @@ QString KVLuksImage::volumeName() const
     return KVVolumeName::fromUtf8(crypt_get_label(m_cd));
 }
 
+KVImageResult KVLuksImage::setVolumeName(const QString &name)
+{
+    if (!m_cd)
+        return KVImageError(KVImageError::ImageNotRecognized);
+    const QByteArray label = utf8Prefix(name, labelBytes);
+    int r = crypt_set_label(m_cd, label.constData(), nullptr);
+    // The old name's token goes, then the new one is written: a header
+    // holds one name.
+    const int tokens = crypt_token_max(CRYPT_LUKS2);
+    for (int id = 0; r == 0 && id < tokens; ++id) {
+        const char *json = nullptr;
+        if (crypt_token_json_get(m_cd, id, &json) >= 0 && json && volumeNameFromToken(QByteArray(json))) {
+            const int removed = crypt_token_json_set(m_cd, id, nullptr);
+            r = removed < 0 ? removed : 0;
+        }
+    }
+    if (r == 0) {
+        const QJsonObject token{{QStringLiteral("type"), volumeNameToken},
+                                {QStringLiteral("keyslots"), QJsonArray()},
+                                {QStringLiteral("volume_name"), name}};
+        const int id = crypt_token_json_set(m_cd, CRYPT_ANY_TOKEN,
+                                            QJsonDocument(token).toJson(QJsonDocument::Compact).constData());
+        r = id < 0 ? id : 0;
+    }
+    return r == 0 ? std::nullopt : KVImageResult(KVImageError::fromErrno(-r));
+}
+
 std::optional<QString> KVLuksImage::volumeNameFromToken(const QByteArray &json)
 {
     const QJsonObject token = QJsonDocument::fromJson(json).object();

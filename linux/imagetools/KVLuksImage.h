@@ -64,6 +64,9 @@ public:
     // The full volume name: kept in a token of our own, because the header
     // label (and ext4's) is too short for it.
     QString volumeName() const;
+    // Gives the volume a new name: the header label (cut to what it holds)
+    // and the full name in our token.
+    KVImageResult setVolumeName(const QString &name);
     // The name in one of the header's tokens (JSON text), when it is our
     // volume-name token.
     static std::optional<QString> volumeNameFromToken(const QByteArray &json);
