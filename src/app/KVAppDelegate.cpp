@@ -9,13 +9,13 @@
 #include "KVPreferencesController.h"
 #include "KVSidebarModel.h"
 #include "KVTaskLauncher.h"
+#include "KVVolumeCommands.h"
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "favourites/KVFavouriteItem.h"
 #include "favourites/KVFavouritesArchive.h"
 #include "platform/KVAppNotifications.h"
 #include "platform/KVMainQueue.h"
-#include "platform/KVSystemLog.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
 #include "settings/KVPreferenceKeys.h"
@@ -29,12 +29,6 @@
 #include <QMimeData>
 #include <QWindow>
 
-namespace {
-
-const QString HdiutilEndedAbnormally = QStringLiteral("hdiutil ended abnormally.");
-
-} // namespace
-
 KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
@@ -42,6 +36,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     , m_quit(new KVQuitCoordinator(this))
     , m_favourites(new KVFavouritesController(this))
     , m_detailPane(new KVDetailPaneController(m_mainWindow.get(), this))
+    , m_commands(new KVVolumeCommands(m_mainWindow.get(), m_quit, m_favourites, this))
 {
     connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
     connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
@@ -55,6 +50,9 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     connect(m_mainWindow.get(), &KVMainWindow::closeRequested, this, &KVAppDelegate::requestQuit);
     connect(m_mainWindow.get(), &KVMainWindow::preferencesRequested, this, &KVAppDelegate::showPreferences);
     connectSidebarAndMountSheets();
+    connect(m_detailPane, &KVDetailPaneController::commandChosen, m_commands, &KVVolumeCommands::perform);
+    connect(m_detailPane, &KVDetailPaneController::renameRequested, m_commands, &KVVolumeCommands::renameVolume);
+    connect(m_detailPane, &KVDetailPaneController::revealRequested, m_commands, &KVVolumeCommands::revealInFinder);
 }
 
 KVAppDelegate::~KVAppDelegate()
@@ -105,6 +103,8 @@ void KVAppDelegate::applicationDidFinishLaunching()
                                                       [this](KVSheetReturnCode code, const QString &imagePath) {
                                                           createImageWizardDidEnd(code, imagePath);
                                                       });
+    m_commands->setDi(m_di.get());
+    m_commands->setDisks(m_disks.get());
     reloadMountedList();
 
     reloadSidebar();
@@ -188,43 +188,14 @@ void KVAppDelegate::reloadMountedList()
         m_disks->updateMountedDisks(showFailure);
 }
 
-bool KVAppDelegate::forceUnmount() const
-{
-    if (m_quit->isQuitting())
-        return KVPreferences::prefAutoUnmountVolumes() && KVPreferences::prefForceAutoUnmount();
-    return KVPreferences::prefForceUnmount();
-}
-
 void KVAppDelegate::unmountVolume(const KVVolumeItemPtr &item)
 {
-    const bool unmountable = item->type() == KVVolumeKind::DiskImage || item->type() == KVVolumeKind::Disk;
-    if (!unmountable || item->isSystemPartition())
-        return;
-    const QPointer<KVAppDelegate> self(this);
-    // Decided now, on the GUI thread: the completion may come on a worker thread.
-    const KVQuitCoordinator::Report reportToQuit =
-        m_quit->reportFor(item->name(), KVPreferences::prefAutoUnmountVolumes());
-    m_di->unmountVolume(item, forceUnmount(), [self, reportToQuit](const KVOptionalError &error) {
-        // During a quit a failure counts like a success and is neither logged nor shown.
-        if (reportToQuit())
-            return;
-        if (!error)
-            return;
-        KVSystemLog::write(QStringLiteral("Unmount volume error: %1").arg(error->debugDescription()));
-        if (error->localizedFailureReason() == HdiutilEndedAbnormally)
-            return;
-        KVMainQueue::post(self, [self, error = *error] {
-            self->showError(error);
-        });
-    });
+    m_commands->unmountVolume(item);
 }
 
 void KVAppDelegate::unmountAll()
 {
-    // A copy: nothing may change the list while it is walked.
-    const QList<KVVolumeItemPtr> volumes = m_unifiedVolumes;
-    for (const KVVolumeItemPtr &item : volumes)
-        unmountVolume(item);
+    m_commands->unmountAll();
 }
 
 void KVAppDelegate::setCurrentSelection(const KVVolumeItemPtr &item)
@@ -290,6 +261,7 @@ void KVAppDelegate::reloadSidebar()
 
 void KVAppDelegate::updateDetailView()
 {
+    m_commands->setVolumes(m_unifiedVolumes, m_currentSelection);
     m_detailPane->updateDetailView(m_currentSelection);
 }
 

@@ -16,6 +16,7 @@
 #include <memory>
 
 class KVDetailPaneController;
+class KVVolumeCommands;
 class KVDisk;
 class KVDiskImage;
 class KVFavouriteMountViewsController;
@@ -128,7 +129,6 @@ private:
     void updateAddToFavouritePullDown();
     void updateDetailView();
     void showError(const KVAppError &error);
-    bool forceUnmount() const;
     bool disksAvailable() const;
     void reloadSidebar();
     void connectSidebarAndMountSheets();
@@ -143,6 +143,7 @@ private:
     KVQuitCoordinator *m_quit;                // a child
     KVFavouritesController *m_favourites;     // a child
     KVDetailPaneController *m_detailPane;     // a child
+    KVVolumeCommands *m_commands;             // a child
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;

@@ -3,6 +3,7 @@
 #include "app/KVBusyVolumeAlert.h"
 #include "app/KVCommandAlert.h"
 #include "app/KVFavouritesController.h"
+#include "app/KVMainWindow.h"
 #include "app/KVQuitCoordinator.h"
 #include "app/KVUnmountController.h"
 #include "app/KVVolumeCommands.h"
@@ -519,6 +520,35 @@ private Q_SLOTS:
         QVERIFY(bench.hdiutil.arguments(bench.hdiutil.runCount()).contains(QStringLiteral("-force")));
         resident.kill();
         resident.waitForFinished();
+    }
+
+    // Through the application: the pane's button asks the question, and the
+    // question goes when its volume is detached elsewhere.
+    void paneButtonAsksAndAVanishedVolumeClosesTheQuestion()
+    {
+        Controller controller;
+        controller.setAttachedImages({4});
+        controller.delegate->applicationDidFinishLaunching();
+        KVMainWindow *window = controller.delegate->mainWindow();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QTRY_COMPARE(controller.delegate->unifiedVolumes().size(), 1);
+        controller.delegate->setCurrentSelection(controller.delegate->unifiedVolumes().first());
+        auto *eraseKey = window->findChild<QPushButton *>(QStringLiteral("amButton1"));
+        QVERIFY(eraseKey);
+        QCOMPARE(eraseKey->text(), QStringLiteral("Erase Key"));
+        eraseKey->click();
+        QPointer<KVCommandAlert> alert = commandAlert();
+        QVERIFY(alert);
+        QCOMPARE(alert->objectName(), QStringLiteral("eraseKeyAlert"));
+        QCOMPARE(alert->parentWidget(), window);
+
+        controller.setAttachedImages({});
+        controller.delegate->reloadMountedList();
+        QTRY_VERIFY(controller.delegate->unifiedVolumes().isEmpty());
+        QTRY_VERIFY(!alert);
+        QVERIFY(controller.runs(QStringLiteral("detach")).isEmpty());
+        QVERIFY(controller.runs(QStringLiteral("erasekeys")).isEmpty());
     }
 
     void unmountAllUnmountsEveryListedVolume()
