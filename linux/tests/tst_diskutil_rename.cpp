@@ -62,7 +62,7 @@ private Q_SLOTS:
 
         // ext4 holds 16 bytes of it, the kernel's mount the same.
         const QString device = h->shell(QStringLiteral("findmnt -n -o SOURCE \"$1\""), {newMountPoint}).output.trimmed();
-        QCOMPARE(h->shell(QStringLiteral("e2label \"$1\""), {device}).output.trimmed(), QStringLiteral("Holiday Photos f"));
+        QCOMPARE(h->shell(QStringLiteral("PATH=$PATH:/usr/sbin:/sbin e2label \"$1\""), {device}).output.trimmed(), QStringLiteral("Holiday Photos f"));
 
         // The header keeps the whole name: attached again, the volume has it.
         QCOMPARE(h->detach(newMountPoint).exitCode, 0);

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cstring>
+
 #include <libcryptsetup.h>
 
 using namespace kvlinux;
@@ -35,6 +37,7 @@ private Q_SLOTS:
     void changedPasswordKeepsTheVolumeKey();
     void erasedKeysOpenWithNothing();
     void fullVolumeNameSurvivesTheShortLabel();
+    void renamedVolumeKeepsOneNameAndItsKey();
     void namesFromTheHeaderAreOneSafeLine_data();
     void namesFromTheHeaderAreOneSafeLine();
     void labelThatIsNotUtf8IsShownReplaced();
@@ -141,6 +144,29 @@ void KVLuksImageTest::fullVolumeNameSurvivesTheShortLabel()
     QVERIFY(!image.load());
     QCOMPARE(image.volumeName(), name);
     QVERIFY(!image.uuid().isEmpty());
+}
+
+// Renaming replaces the name (never adds a second one) and leaves the
+// keyslots alone; a header without a name gets one.
+void KVLuksImageTest::renamedVolumeKeepsOneNameAndItsKey()
+{
+    for (const QString &original : {QStringLiteral("Photos"), QString()}) {
+        const QString path = makeImage(64, original);
+        const QString longName = QStringLiteral("Holiday Photos from the Seaside, Summer of 2024 and the Autumn After ✓");
+        for (const QString &name : {QStringLiteral("Holiday"), longName}) {
+            KVLuksImage image(path);
+            QVERIFY(!image.load());
+            QVERIFY(!image.setVolumeName(name));
+        }
+        KVLuksImage reread(path);
+        QVERIFY(!reread.load());
+        QCOMPARE(reread.volumeName(), longName);
+        KVSecureBytes key;
+        QVERIFY(!reread.unlock(secret("pw"), key));
+        QCOMPARE(key.size(), m_volumeKey.size());
+        QVERIFY(std::memcmp(key.data(), m_volumeKey.data(), key.size()) == 0);
+        QFile::remove(path);
+    }
 }
 
 void KVLuksImageTest::filesThatAreNoImagesAreRecognisedAsSuch()

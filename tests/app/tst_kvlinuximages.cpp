@@ -9,7 +9,7 @@
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
 
-#include "KVImageToolHarness.h"
+#include "KVLinuxSession.h"
 #include "KVScreenshot.h"
 
 #include <QProcess>
@@ -23,46 +23,7 @@
 #include <atomic>
 #include <memory>
 
-namespace {
-
-// The application with the Linux tools of a private harness.
-struct Session
-{
-    kvlinux::KVImageToolHarness harness;
-    QTemporaryDir recent;
-    std::unique_ptr<KVAppDelegate> delegate;
-
-    bool start()
-    {
-        if (!harness.isValid())
-            return false;
-        // The tools keep what is attached in the runtime directory they are given.
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(harness.runtimeDirectory()));
-        delegate = std::make_unique<KVAppDelegate>(KVAppDelegate::Services{
-            KVToolPaths{QStringLiteral(KV_TEST_HDIUTIL), QStringLiteral(KV_TEST_DISKUTIL), QString()},
-            KVWorkspaceNotifications::shared(), KVRecentDocuments(recent.filePath(QStringLiteral("recent.xbel")))});
-        delegate->applicationDidFinishLaunching();
-        delegate->mainWindow()->show();
-        return QTest::qWaitForWindowExposed(delegate->mainWindow());
-    }
-
-    KVOptionalError mount(const QString &image)
-    {
-        std::atomic<bool> attached{false};
-        KVOptionalError attachError;
-        delegate->di()->mountDiskImage(image, QStringLiteral("correct horse"), false,
-                                       QUrl::fromLocalFile(harness.mountRoot()), false,
-                                       [&](const KVOptionalError &error) {
-                                           attachError = error;
-                                           attached = true;
-                                       });
-        if (!QTest::qWaitFor([&] { return attached.load(); }, 60000))
-            return KVAppError(QStringLiteral("test"), -1, QStringLiteral("attach did not finish"), QString());
-        return attachError;
-    }
-};
-
-} // namespace
+using Session = KVLinuxSession;
 
 class TestKVLinuxImages : public QObject
 {
