@@ -195,10 +195,16 @@ private Q_SLOTS:
         alert->confirmButton()->click();
 
         QTRY_VERIFY_WITH_TIMEOUT(mounted.delegate().unifiedVolumes().isEmpty(), 30000);
-        // The erase follows the detach on the engine's queue.
-        const auto drained = std::make_shared<std::atomic<bool>>(false);
-        mounted.delegate().di()->processingQueue().addOperation([drained] { *drained = true; });
-        QTRY_VERIFY_WITH_TIMEOUT(drained->load(), 30000);
+        // The erase follows once the detach has reported: then the header
+        // has no keyslot left.
+        const auto keyslots = [&] {
+            return mounted.session.harness
+                .shell(QStringLiteral("PATH=$PATH:/usr/sbin:/sbin cryptsetup luksDump \"$1\" | "
+                                      "sed -n '/^Keyslots:/,/^Tokens:/p' | grep -c ': luks2'"),
+                       {mounted.image})
+                .output.trimmed();
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(keyslots(), QStringLiteral("0"), 30000);
         QVERIFY(!mounted.session.harness.info().contains(QStringLiteral("images")));
         const auto attached = mounted.session.harness.attach(mounted.image, password);
         QVERIFY2(attached.has(QStringLiteral("DIHLDiskImageAttach() returned 80")), qPrintable(attached.output));
