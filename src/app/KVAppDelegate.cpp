@@ -13,12 +13,10 @@
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "favourites/KVFavouriteItem.h"
-#include "favourites/KVFavouritesArchive.h"
 #include "platform/KVAppNotifications.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
-#include "settings/KVPreferenceKeys.h"
 #include "settings/KVPreferences.h"
 
 #include <QAction>
@@ -49,6 +47,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
         m_services.workspace = KVWorkspaceNotifications::shared();
     connect(m_mainWindow.get(), &KVMainWindow::closeRequested, this, &KVAppDelegate::requestQuit);
     connect(m_mainWindow.get(), &KVMainWindow::preferencesRequested, this, &KVAppDelegate::showPreferences);
+    connect(m_mainWindow.get(), &KVMainWindow::commandRequested, this, &KVAppDelegate::performCommand);
     connectSidebarAndMountSheets();
     connect(m_detailPane, &KVDetailPaneController::commandChosen, m_commands, &KVVolumeCommands::perform);
     connect(m_detailPane, &KVDetailPaneController::renameRequested, m_commands, &KVVolumeCommands::renameVolume);
@@ -66,24 +65,9 @@ KVAppDelegate::~KVAppDelegate()
     m_mainWindow.reset();
 }
 
-QVariantMap KVAppDelegate::registeredDefaults()
-{
-    return {
-        {KVAnimationDurationMultiplierKey, 1.0},
-        {KVShowWelcomeHelpKey, true},
-        {KVAutoUnmountVolumesKey, false},
-        {KVForceAutoUnmountKey, false},
-        {KVForceUnmountKey, false},
-        {KVMountDiskImageAfterCreationKey, true},
-        {KVOpenFinderAfterMountKey, false},
-        {KVSaveOpenRecentKey, false},
-        {KVFavouritesKey, KVFavouritesArchive::archive(KVFavouritesController::defaultFavourites())},
-    };
-}
-
 void KVAppDelegate::applicationDidFinishLaunching()
 {
-    KVUserDefaults::standard().registerDefaults(registeredDefaults());
+    KVUserDefaults::standard().registerDefaults(KVPreferencesController::registeredDefaults());
     connect(&KVAppNotifications::instance(), &KVAppNotifications::updateFavs, this, &KVAppDelegate::updateFavs);
     connect(&KVUserDefaults::standard(), &KVUserDefaults::writeFailed, this, [this](const QString &file) {
         showError(KVAppError(NSCocoaErrorDomain, 0, tr("Your settings cannot be saved"),
@@ -263,6 +247,22 @@ void KVAppDelegate::updateDetailView()
 {
     m_commands->setVolumes(m_unifiedVolumes, m_currentSelection);
     m_detailPane->updateDetailView(m_currentSelection);
+    m_mainWindow->updateActionState(m_currentSelection, !m_unifiedVolumes.isEmpty());
+}
+
+void KVAppDelegate::performCommand(KVCommand command)
+{
+    switch (command) {
+    case KVCommand::UnmountCurrentVolume:
+        if (m_currentSelection)
+            unmountVolume(m_currentSelection);
+        break;
+    case KVCommand::UnmountAll:
+        unmountAll();
+        break;
+    default:
+        break;
+    }
 }
 
 void KVAppDelegate::showError(const KVAppError &error)

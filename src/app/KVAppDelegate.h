@@ -1,6 +1,7 @@
 #pragma once
 
 #include "favourites/KVFavouriteFolder.h"
+#include "KVCommand.h"
 #include "KVFavouritesController.h"
 #include "KVQuitCoordinator.h"
 #include "KVSheetReturnCode.h"
@@ -70,6 +71,8 @@ public:
     void reloadMountedList();
     void unmountVolume(const KVVolumeItemPtr &item);
     void unmountAll();
+    // A command of the menu bar or the toolbar, on the current selection.
+    void performCommand(KVCommand command);
 
     // What the "Mounted" section shows: the images, then the disks.
     const QList<KVVolumeItemPtr> &unifiedVolumes() const { return m_unifiedVolumes; }
@@ -125,7 +128,6 @@ Q_SIGNALS:
     void mountDiskImageSheetRequested(const QString &imagePath);
 
 private:
-    static QVariantMap registeredDefaults();
     void updateAddToFavouritePullDown();
     void updateDetailView();
     void showError(const KVAppError &error);

@@ -3,6 +3,7 @@
 #include "KVActionMenuView.h"
 #include "controls/KVColors.h"
 #include "controls/KVCustomProgressIndicatorView.h"
+#include "controls/KVPopover.h"
 
 #include <QDir>
 #include <QEvent>
@@ -64,6 +65,12 @@ KVDetailPaneView::KVDetailPaneView(QWidget *parent)
     layout->addWidget(m_tipView, 1);
     layout->addWidget(m_placeholderView, 1);
     layout->addWidget(m_volumeInfoView, 1);
+    // The commands stay in their place, inactive while nothing is selected.
+    auto *rule = new QFrame;
+    rule->setFrameShape(QFrame::HLine);
+    rule->setFrameShadow(QFrame::Sunken);
+    layout->addWidget(rule);
+    layout->addWidget(m_actionMenu);
     showNoSelection(false);
 }
 
@@ -168,12 +175,11 @@ QWidget *KVDetailPaneView::createVolumeInfoView()
     m_moreInfoButton->setText(tr("More Info"));
     connect(m_moreInfoButton, &QToolButton::clicked, this, &KVDetailPaneView::showMoreInfo);
 
-    m_moreInfoPopover = new QFrame(this, Qt::Popup);
+    m_moreInfoPopover = new KVPopover(KVPopover::Behaviour::Transient, this);
     m_moreInfoPopover->setObjectName(QStringLiteral("moreInfoPopOver"));
-    m_moreInfoPopover->setFrameShape(QFrame::StyledPanel);
     m_moreInfoText = new QLabel;
     m_moreInfoText->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    (new QVBoxLayout(m_moreInfoPopover))->addWidget(m_moreInfoText);
+    m_moreInfoPopover->setContent(m_moreInfoText);
 
     m_actionMenu = new KVActionMenuView;
     connect(m_actionMenu, &KVActionMenuView::commandChosen, this, &KVDetailPaneView::commandChosen);
@@ -212,16 +218,10 @@ QWidget *KVDetailPaneView::createVolumeInfoView()
     top->addWidget(m_image, 0, Qt::AlignTop);
     top->addLayout(text, 1);
 
-    auto *rule = new QFrame;
-    rule->setFrameShape(QFrame::HLine);
-    rule->setFrameShadow(QFrame::Sunken);
-
     auto *layout = new QVBoxLayout(view);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(top);
     layout->addStretch(1);
-    layout->addWidget(rule);
-    layout->addWidget(m_actionMenu);
     return view;
 }
 
@@ -300,11 +300,7 @@ void KVDetailPaneView::fillMoreInfo(const KVVolumeItem &volume)
 
 void KVDetailPaneView::showMoreInfo()
 {
-    m_moreInfoPopover->adjustSize();
-    // Below the button, as a popover hangs from what opened it.
-    const QPoint below = m_moreInfoButton->mapToGlobal(QPoint(0, m_moreInfoButton->height()));
-    m_moreInfoPopover->move(below);
-    m_moreInfoPopover->show();
+    m_moreInfoPopover->showRelativeTo(m_moreInfoButton, Qt::BottomEdge);
 }
 
 void KVDetailPaneView::beginRenaming()

@@ -8,6 +8,7 @@
 
 class KVActionMenuView;
 class KVCustomProgressIndicatorView;
+class KVPopover;
 class QFrame;
 class QLabel;
 class QLineEdit;
@@ -73,7 +74,7 @@ private:
     QLabel *m_spaceInfo = nullptr;
     QPushButton *m_revealButton = nullptr;
     QToolButton *m_moreInfoButton = nullptr;
-    QFrame *m_moreInfoPopover = nullptr;
+    KVPopover *m_moreInfoPopover = nullptr;
     QLabel *m_moreInfoText = nullptr;
     KVActionMenuView *m_actionMenu = nullptr;
     bool m_renaming = false;

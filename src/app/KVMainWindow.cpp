@@ -1,6 +1,10 @@
 #include "KVMainWindow.h"
 
+#include "KVActionMenuView.h"
 #include "KVDetailPaneView.h"
+#include "KVHelpPopovers.h"
+#include "KVMainToolBar.h"
+#include "KVWindowActions.h"
 #include "KVHoverArea.h"
 #include "KVMountAreaView.h"
 #include "KVOutlineView.h"
@@ -11,20 +15,21 @@
 #include "platform/KVUserDefaults.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QGraphicsOpacityEffect>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QSplitter>
-#include <QStatusBar>
-#include <QToolBar>
 #include <QToolButton>
+#include <QStatusBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -65,18 +70,11 @@ KVMainWindow::KVMainWindow(QWidget *parent)
     setAcceptDrops(true);
     m_sidebar->setSidebarModel(m_sidebarModel);
 
-    createMenus();
-
-    auto *addToFavourites = new QToolButton;
-    m_addToFavouritesButton = addToFavourites;
-    addToFavourites->setObjectName(QStringLiteral("addToFavouritePullDown"));
-    addToFavourites->setText(tr("Add to Favorites"));
-    addToFavourites->setMenu(m_addToFavouritesMenu);
-    addToFavourites->setPopupMode(QToolButton::InstantPopup);
-    auto *toolbar = addToolBar(tr("Volume"));
-    toolbar->setObjectName(QStringLiteral("toolbar"));
-    toolbar->setMovable(false);
-    toolbar->addWidget(addToFavourites);
+    m_actions = new KVWindowActions(this);
+    m_actions->populate(menuBar(), m_addToFavouritesMenu);
+    connect(m_actions, &KVWindowActions::triggered, this, &KVMainWindow::performCommand);
+    m_toolBar = new KVMainToolBar(m_actions, m_addToFavouritesMenu, this);
+    addToolBar(m_toolBar);
 
     auto *splitter = new QSplitter;
     splitter->setObjectName(QStringLiteral("splitView"));
@@ -106,21 +104,52 @@ KVMainWindow::~KVMainWindow()
     m_sidebar->setModel(nullptr);
 }
 
-void KVMainWindow::createMenus()
+void KVMainWindow::performCommand(KVCommand command)
 {
-    QMenu *application = menuBar()->addMenu(tr("&Korvelle"));
-    QAction *preferences = application->addAction(tr("&Preferences…"), this, &KVMainWindow::preferencesRequested);
-    preferences->setMenuRole(QAction::PreferencesRole);
-    preferences->setShortcut(QKeySequence::Preferences);
-    application->addSeparator();
-    QAction *quit = application->addAction(tr("&Quit"), this, &KVMainWindow::closeRequested);
-    quit->setMenuRole(QAction::QuitRole);
-    quit->setShortcut(QKeySequence::Quit);
+    switch (command) {
+    case KVCommand::Quit: Q_EMIT closeRequested(); break;
+    case KVCommand::Preferences: Q_EMIT preferencesRequested(); break;
+    case KVCommand::MountDiskImage: Q_EMIT mountDiskImageRequested(); break;
+    case KVCommand::AddFavouriteFolder: Q_EMIT addFavouriteFolderRequested(); break;
+    case KVCommand::EditVolumeName: m_detailPane->beginRenaming(); break;
+    case KVCommand::ShowTips: showTips(); break;
+    case KVCommand::ShowHelp: showHelp(KVHelpBrowser::Page::Help); break;
+    case KVCommand::ShowEncryptionHelp: showHelp(KVHelpBrowser::Page::Encryption); break;
+    case KVCommand::ShowTroubleshootingHelp: showHelp(KVHelpBrowser::Page::Troubleshooting); break;
+    case KVCommand::About: showAbout(); break;
+    default: Q_EMIT commandRequested(command); break;
+    }
+}
 
-    QMenu *file = menuBar()->addMenu(tr("&File"));
-    QAction *open = file->addAction(tr("&Open Disk Image…"), this, &KVMainWindow::mountDiskImageRequested);
-    open->setShortcut(QKeySequence::Open);
-    file->addAction(tr("New Favorites &Folder"), this, &KVMainWindow::addFavouriteFolderRequested);
+void KVMainWindow::showTips()
+{
+    if (!m_helpPopovers)
+        m_helpPopovers = new KVHelpPopovers(this);
+    m_helpPopovers->toggle({m_sidebar, m_detailPane->actionMenu(), m_toolBar->createButton(), m_outerMountArea});
+}
+
+void KVMainWindow::showHelp(KVHelpBrowser::Page page)
+{
+    if (!m_helpBrowser)
+        m_helpBrowser = new KVHelpBrowser(this);
+    m_helpBrowser->showPage(page);
+}
+
+void KVMainWindow::showAbout()
+{
+    auto *about = new QMessageBox(QMessageBox::NoIcon, tr("About Korvelle"),
+                                  tr("<h3>Korvelle %1</h3>").arg(QCoreApplication::applicationVersion()),
+                                  QMessageBox::Ok, this);
+    about->setObjectName(QStringLiteral("aboutBox"));
+    about->setIconPixmap(QIcon(QStringLiteral(":/icons/Korvelle.svg")).pixmap(64, 64));
+    about->setInformativeText(tr("Encrypted disk images and encrypted disks, without a terminal."));
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->open();
+}
+
+void KVMainWindow::updateActionState(const KVVolumeItemPtr &selection, bool anyVolumeMounted)
+{
+    m_actions->updateActionState(selection, anyVolumeMounted);
 }
 
 QWidget *KVMainWindow::createSidebarPane()
@@ -246,7 +275,7 @@ void KVMainWindow::reloadSidebar(const QList<KVFavouriteFolderPtr> &favourites, 
 
 void KVMainWindow::setAddToFavouritesEnabled(bool enabled)
 {
-    m_addToFavouritesButton->setEnabled(enabled);
+    m_toolBar->addToFavouritesButton()->setEnabled(enabled);
 }
 
 void KVMainWindow::focusSidebar()

@@ -1,14 +1,20 @@
 #pragma once
 
 #include "favourites/KVFavouriteFolder.h"
+#include "KVCommand.h"
+#include "KVHelpBrowser.h"
 #include "KVOutlineView.h"
 #include "model/KVVolumeItem.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <array>
 
 class KVDetailPaneView;
+class KVHelpPopovers;
+class KVMainToolBar;
+class KVWindowActions;
 class KVHoverArea;
 class KVMountAreaView;
 class KVSidebarModel;
@@ -17,7 +23,6 @@ class QLabel;
 class QMenu;
 class QMimeData;
 class QSplitter;
-class QToolButton;
 class QParallelAnimationGroup;
 
 // The single main window: on the left the sidebar of favourites and mounted
@@ -53,6 +58,12 @@ public:
     KVDetailPaneView *detailPane() const { return m_detailPane; }
     // Adding to favourites is for disk images only.
     void setAddToFavouritesEnabled(bool enabled);
+    KVWindowActions *actions() const { return m_actions; }
+    KVMainToolBar *toolBar() const { return m_toolBar; }
+    KVHelpPopovers *helpPopovers() const { return m_helpPopovers; }
+    KVHelpBrowser *helpBrowser() const { return m_helpBrowser; }
+    // The menu items and toolbar buttons follow the selection and the volumes.
+    void updateActionState(const KVVolumeItemPtr &selection, bool anyVolumeMounted);
     void focusSidebar();
     void setMountVolumeLabelColour(const QColor &colour);
     // While a quit waits for volumes to unmount, the window says which.
@@ -66,6 +77,8 @@ Q_SIGNALS:
     void closeRequested();
     void preferencesRequested();
     void mountDiskImageRequested();
+    // A command of the menu bar or the toolbar that the window does not carry out itself.
+    void commandRequested(KVCommand command);
     void addFavouriteFolderRequested();
     // A disk image was dropped on the window: its absolute path.
     void fileDropped(const QString &imagePath);
@@ -90,7 +103,11 @@ private:
     QWidget *createMountArea();
     // The sidebar's requests leave the window as signals about favourites and volumes.
     void connectSidebar();
-    void createMenus();
+    // The window shows its own help; everything else is asked of the controller.
+    void performCommand(KVCommand command);
+    void showTips();
+    void showHelp(KVHelpBrowser::Page page);
+    void showAbout();
     void mouseDidEnter();
     void mouseDidExit();
     void fadeMountArea(qreal labelOpacity, qreal offersOpacity);
@@ -102,7 +119,10 @@ private:
     KVSidebarModel *m_sidebarModel;
     KVOutlineView *m_sidebar;
     KVDetailPaneView *m_detailPane;
-    QToolButton *m_addToFavouritesButton = nullptr;
+    KVWindowActions *m_actions = nullptr;
+    KVMainToolBar *m_toolBar = nullptr;
+    KVHelpPopovers *m_helpPopovers = nullptr;
+    QPointer<KVHelpBrowser> m_helpBrowser;
     QSplitter *m_splitter = nullptr;
     QMenu *m_addToFavouritesMenu;
     KVHoverArea *m_outerMountArea = nullptr;

@@ -1,5 +1,8 @@
 #include "KVPreferencesController.h"
 
+#include "KVFavouritesController.h"
+#include "favourites/KVFavouritesArchive.h"
+#include "settings/KVPreferenceKeys.h"
 #include "settings/KVPreferences.h"
 #include "ui_Preferences.h"
 
@@ -40,4 +43,19 @@ void KVPreferencesController::reloadFromPreferences()
     m_ui->mountDiskImageAfterCreationCheckbox->setChecked(KVPreferences::prefMountDiskImageAfterCreation());
     m_ui->openFinderAfterMountCheckbox->setChecked(KVPreferences::prefOpenFinderAfterMount());
     m_ui->saveOpenRecentCheckbox->setChecked(KVPreferences::prefSaveOpenRecent());
+}
+
+QVariantMap KVPreferencesController::registeredDefaults()
+{
+    return {
+        {KVAnimationDurationMultiplierKey, 1.0},
+        {KVShowWelcomeHelpKey, true},
+        {KVAutoUnmountVolumesKey, false},
+        {KVForceAutoUnmountKey, false},
+        {KVForceUnmountKey, false},
+        {KVMountDiskImageAfterCreationKey, true},
+        {KVOpenFinderAfterMountKey, false},
+        {KVSaveOpenRecentKey, false},
+        {KVFavouritesKey, KVFavouritesArchive::archive(KVFavouritesController::defaultFavourites())},
+    };
 }

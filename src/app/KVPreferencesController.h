@@ -20,6 +20,9 @@ public:
 
     void showWindow();
 
+    // What every preference is until the user changes it, favourites included.
+    static QVariantMap registeredDefaults();
+
 private:
     // The window shows what is stored when it loads; later changes made
     // elsewhere show at the next start.

@@ -4,6 +4,7 @@
 #include "app/KVMainWindow.h"
 
 #include "KVMountFixture.h"
+#include "KVOutlet.h"
 #include "KVScreenshot.h"
 
 #include <QLabel>
@@ -19,10 +20,7 @@ namespace {
 template<typename T = QWidget>
 T *outlet(QWidget *window, const char *name)
 {
-    T *widget = window->findChild<T *>(QString::fromLatin1(name));
-    if (!widget)
-        qFatal("no outlet %s", name);
-    return widget;
+    return kvOutlet<T>(window, QString::fromLatin1(name));
 }
 
 // What the action menu offers: per button its title and identifier, or
