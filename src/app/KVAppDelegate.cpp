@@ -252,16 +252,24 @@ void KVAppDelegate::updateDetailView()
 
 void KVAppDelegate::performCommand(KVCommand command)
 {
+    // The wizards exist once the engines do, when the application has started.
+    const auto task = [this](void (KVTaskLauncher::*start)()) {
+        if (m_taskLauncher)
+            (m_taskLauncher.get()->*start)();
+    };
     switch (command) {
-    case KVCommand::UnmountCurrentVolume:
-        if (m_currentSelection)
-            unmountVolume(m_currentSelection);
-        break;
-    case KVCommand::UnmountAll:
-        unmountAll();
-        break;
-    default:
-        break;
+    case KVCommand::CreateDiskImage: task(&KVTaskLauncher::createDiskImage); break;
+    case KVCommand::EncryptDisk: task(&KVTaskLauncher::encryptDisk); break;
+    case KVCommand::MountDisk: task(&KVTaskLauncher::mountDisk); break;
+    case KVCommand::RevealInFinder: m_commands->revealInFinder(); break;
+    case KVCommand::ChangePassword: m_commands->changePassword(); break;
+    case KVCommand::EraseKeys: m_commands->eraseKeys(); break;
+    case KVCommand::Resize: m_commands->resize(); break;
+    case KVCommand::Compact: m_commands->compact(); break;
+    case KVCommand::Decrypt: m_commands->decrypt(); break;
+    case KVCommand::UnmountCurrentVolume: m_commands->unmountCurrentVolume(); break;
+    case KVCommand::UnmountAll: m_commands->unmountAll(); break;
+    default: break; // the window carries out the others itself
     }
 }
 

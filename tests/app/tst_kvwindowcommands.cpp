@@ -190,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(help->note(KVHelpPopovers::DropArea)->isVisible());
     }
 
-    void controllerUnmountsFromTheMenu()
+    void controllerCarriesOutTheMenusCommands()
     {
         resetUserDefaults();
         Controller controller;
@@ -202,7 +202,12 @@ private Q_SLOTS:
         QVERIFY(!kvOutlet<QAction>(window, QStringLiteral("unmountCurrentVolume"))->isEnabled());
 
         controller.delegate->setCurrentSelection(controller.delegate->unifiedVolumes().at(1));
-        QVERIFY(kvOutlet<QAction>(window, QStringLiteral("eraseKeys"))->isEnabled());
+        // The menu's commands are the pane's: erasing the key asks first.
+        kvOutlet<QAction>(window, QStringLiteral("eraseKeys"))->trigger();
+        QTRY_VERIFY(openAlert());
+        QCOMPARE(openAlert()->text(), QStringLiteral("This will render all the data in this Disk Image inaccessible."));
+        closeAlerts();
+        QVERIFY(controller.runs(QStringLiteral("detach")).isEmpty());
         kvOutlet<QAction>(window, QStringLiteral("unmountCurrentVolume"))->trigger();
         QTRY_COMPARE(controller.runs(QStringLiteral("detach")).size(), 1);
         QCOMPARE(controller.hdiutil.arguments(controller.runs(QStringLiteral("detach")).first()).last(),
