@@ -96,7 +96,7 @@ QWidget *KVDetailPaneView::createTipView()
            "Choose one to see it here with its commands.")));
     layout->addWidget(wrappingLabel(
         tr("To mount an encrypted disk image, drop it on the area at the bottom left or open it from the File menu. "
-           "To make a new one, or to encrypt a disk, use the New button in the toolbar.")));
+           "To make a new one, or to encrypt a disk, use the Create button in the toolbar.")));
     layout->addStretch(2);
     return view;
 }
