@@ -14,6 +14,7 @@
 
 #include "../wizards/KVWizardTestSupport.h"
 #include "KVImageToolHarness.h"
+#include "KVLinuxSession.h"
 #include "KVScreenshot.h"
 
 #include <QLabel>
@@ -29,27 +30,19 @@ using namespace KVWizardTest;
 
 namespace {
 
-struct Session
+// The application on the real tools, with the task launcher that opens the wizard.
+struct Session : KVLinuxSession
 {
-    kvlinux::KVImageToolHarness harness;
-    QTemporaryDir recent;
-    std::unique_ptr<KVAppDelegate> delegate;
     std::unique_ptr<KVTaskLauncher> launcher;
     QList<KVSheetReturnCode> ends;
 
     bool start()
     {
-        if (!harness.isValid())
+        if (!KVLinuxSession::start())
             return false;
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(harness.runtimeDirectory()));
-        delegate = std::make_unique<KVAppDelegate>(KVAppDelegate::Services{
-            KVToolPaths{QStringLiteral(KV_TEST_HDIUTIL), QStringLiteral(KV_TEST_DISKUTIL), QString()},
-            KVWorkspaceNotifications::shared(), KVRecentDocuments(recent.filePath(QStringLiteral("recent.xbel")))});
-        delegate->applicationDidFinishLaunching();
-        delegate->mainWindow()->show();
         launcher = std::make_unique<KVTaskLauncher>(delegate->mainWindow(), delegate->di(), delegate->disks(),
                                                     [this](KVSheetReturnCode code, const QString &) { ends.append(code); });
-        return QTest::qWaitForWindowExposed(delegate->mainWindow());
+        return true;
     }
 };
 
