@@ -20,7 +20,6 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QLocale>
-#include <QTimer>
 
 #include <filesystem>
 #include <system_error>
@@ -202,7 +201,7 @@ std::optional<QString> KVCreateImageWizardController::percentText(const QString 
 
 void KVCreateImageWizardController::reset()
 {
-    ++m_run; // answers of an earlier creation no longer reach the steps
+    startNewRun(); // answers of an earlier creation no longer reach the steps
     showFirstStep();
     for (auto *running : m_ui->stepOneHelp->findChildren<KVSpringAnimation *>(Qt::FindDirectChildrenOnly))
         running->stop();
@@ -238,21 +237,10 @@ void KVCreateImageWizardController::passwordsEdited()
         m_ui->continueButton->setEnabled(m_ui->newPasswordForm->isValid());
 }
 
-void KVCreateImageWizardController::wizardButtons(const QString &identifier)
+void KVCreateImageWizardController::performAction(const QString &identifier)
 {
-    if (identifier == u"continue") {
-        nextStep();
-    } else if (identifier == u"create") {
+    if (identifier == u"create")
         createImage();
-    } else if (identifier == u"goBack") {
-        previousStep();
-    } else if (identifier == u"cancel") {
-        reset();
-        endSheet(KVSheetReturnCode::Cancelled);
-    } else if (identifier == u"exit") {
-        reset();
-        endSheet(KVSheetReturnCode::Finished);
-    }
 }
 
 void KVCreateImageWizardController::createImage()
@@ -271,38 +259,28 @@ void KVCreateImageWizardController::createImage()
                   FailureScreenDelayMs);
         return;
     }
-    const QPointer<KVCreateImageWizardController> self(this);
-    const int run = m_run;
-    m_di->processingQueue().addOperation([self, run, path = m_imagePath.toLocalFile(), password] {
-        const KVOptionalError removal = removeExistingFile(path);
-        KVMainQueue::post(self, [self, run, removal, password] {
-            if (run != self->m_run)
-                return;
-            if (removal)
-                self->failAfter(*removal, qRound(animationDurationMultiplier() * 1000.0f));
-            else
-                self->startEngine(password->value());
-            password->wipe();
-        });
+    // The password is wiped with the last copy of the pointer, run or not.
+    auto removalDone = inCurrentRun([this, password](const KVOptionalError &removal) {
+        if (removal)
+            failAfter(*removal, qRound(animationDurationMultiplier() * 1000.0f));
+        else
+            startEngine(password->value());
+        password->wipe();
     });
+    m_di->processingQueue().addOperation(
+        [removalDone, path = m_imagePath.toLocalFile()] { removalDone(removeExistingFile(path)); });
 }
 
 void KVCreateImageWizardController::startEngine(const QString &password)
 {
     if (!m_di)
         return;
-    const QPointer<KVCreateImageWizardController> self(this);
-    const int run = m_run;
     const float sizeInM = m_sizeSliderValue / 1'000'000.0f;
     const auto row = m_ui->aes256Button->isChecked() ? 1 : (m_ui->aes128Button->isChecked() ? 0 : -1);
     m_di->createDiskImage(m_imagePath, sizeInM, m_ui->imageName->text(), encryptionForRow(row).value_or(QString()),
                           password, KVPreferences::prefMountDiskImageAfterCreation(),
-                          [self, run](const std::optional<QString> &line, bool finished, const KVOptionalError &error) {
-                              KVMainQueue::post(self, [self, run, line, finished, error] {
-                                  if (run == self->m_run)
-                                      self->creationProgress(line, finished, error);
-                              });
-                          });
+                          inCurrentRun([this](const std::optional<QString> &line, bool finished,
+                                              const KVOptionalError &error) { creationProgress(line, finished, error); }));
 }
 
 void KVCreateImageWizardController::creationProgress(const std::optional<QString> &line, bool finished,
@@ -327,11 +305,7 @@ void KVCreateImageWizardController::failAfter(const KVAppError &error, int milli
 {
     prepareFinishScreenWithError(error);
     KVSystemLog::write(QStringLiteral("Error: %1").arg(error.debugDescription()));
-    const int run = m_run;
-    QTimer::singleShot(milliseconds, this, [this, run] {
-        if (run == m_run)
-            nextStep();
-    });
+    nextStepAfter(milliseconds);
 }
 
 void KVCreateImageWizardController::prepareFinishScreenWithError(const KVAppError &error)

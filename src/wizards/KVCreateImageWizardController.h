@@ -66,9 +66,7 @@ public:
     static std::optional<QString> percentText(const QString &line);
 
 public Q_SLOTS:
-    // By identifier: "continue", "create", "goBack", "cancel", "exit".
-    void wizardButtons(const QString &identifier) override;
-    void reset();
+    void reset() override;
     // A hover area of step one was entered: "step1.name", "step1.size" or "step1.encryption".
     void mouseDidEnter(const QString &identifier);
     void prepareFinishScreenWithError(const KVAppError &error);
@@ -76,6 +74,7 @@ public Q_SLOTS:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void updateButtons() override;
+    void performAction(const QString &identifier) override;
 
 private:
     void setUpHelpPanel();
@@ -94,6 +93,4 @@ private:
     QUrl m_imagePath;
     float m_sizeSliderValue = DefaultSizeSliderValue;
     bool m_showingSize = false;
-    // Counts the showings, so that a late answer of an earlier creation changes nothing.
-    int m_run = 0;
 };

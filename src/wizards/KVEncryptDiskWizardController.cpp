@@ -15,7 +15,6 @@
 #include "wizards/KVSensitiveString.h"
 #include "wizards/KVSlidingSteps.h"
 
-#include <QTimer>
 
 namespace {
 
@@ -31,7 +30,7 @@ KVFinishScreen::Texts successTexts()
 } // namespace
 
 KVEncryptDiskWizardController::KVEncryptDiskWizardController(QWidget *parent)
-    : KVSlidingWizard(parent)
+    : KVDiskListWizard({&KVDisk::updateDisksToEncrypt, &KVDisk::disksToEncrypt, &KVDisk::clearDisksToEncrypt}, parent)
     , m_ui(std::make_unique<Ui::EncryptDiskWizard>())
 {
     m_ui->setupUi(this);
@@ -44,20 +43,20 @@ KVEncryptDiskWizardController::KVEncryptDiskWizardController(QWidget *parent)
     viewport->setPalette(background);
     viewport->setAutoFillBackground(true);
 
-    m_table = new KVDiskTable(m_ui->diskListTableView,
-                              {{QStringLiteral("diskID"), tr("Disk")},
-                               {QStringLiteral("size"), tr("Size")},
-                               {QStringLiteral("diskName"), tr("Name")}},
-                              [](const KVVolumeItem &item, const QString &column) {
-                                  if (column == u"diskID")
-                                      return item.diskIdentifier();
-                                  if (column == u"size")
-                                      return KVDiskTable::createSizeInfoFromVolumeItem(item);
-                                  return item.name();
-                              });
+    setUpDiskTable(m_ui->diskListTableView,
+                   {{QStringLiteral("diskID"), tr("Disk")},
+                    {QStringLiteral("size"), tr("Size")},
+                    {QStringLiteral("diskName"), tr("Name")}},
+                   [](const KVVolumeItem &item, const QString &column) {
+                       if (column == u"diskID")
+                           return item.diskIdentifier();
+                       if (column == u"size")
+                           return KVDiskTable::createSizeInfoFromVolumeItem(item);
+                       return item.name();
+                   },
+                   m_ui->progressUpdateDisks);
     m_ui->diskListTableView->setColumnWidth(0, 110);
     m_ui->diskListTableView->setColumnWidth(1, 110);
-    connect(m_table, &KVDiskTable::selectionDidChange, this, &KVEncryptDiskWizardController::updateButtons);
     m_phaseProgress = new KVPhaseProgress(m_ui->creationProgress,
                                           {m_ui->createStartingText, m_ui->createResizingText,
                                            m_ui->createCreatingText, m_ui->createFinishingText},
@@ -65,21 +64,10 @@ KVEncryptDiskWizardController::KVEncryptDiskWizardController(QWidget *parent)
     m_finishScreen = std::make_unique<KVFinishScreen>(m_ui->finishHeading, m_ui->finishSubheading, m_ui->finishDesc,
                                                       m_ui->finishImg);
     connect(m_ui->newPasswordForm, &KVNewPasswordForm::edited, this, &KVEncryptDiskWizardController::passwordsEdited);
-    m_ui->progressUpdateDisks->hide();
     reset();
 }
 
 KVEncryptDiskWizardController::~KVEncryptDiskWizardController() = default;
-
-KVDisk *KVEncryptDiskWizardController::disks() const
-{
-    return m_disks;
-}
-
-void KVEncryptDiskWizardController::setDisks(KVDisk *disks)
-{
-    m_disks = disks;
-}
 
 KVNewPasswordForm *KVEncryptDiskWizardController::newPasswordForm() const
 {
@@ -105,41 +93,6 @@ bool KVEncryptDiskWizardController::isStageLine(const QString &line)
     return false;
 }
 
-void KVEncryptDiskWizardController::updateTable()
-{
-    m_ui->progressUpdateDisks->show();
-    if (!m_disks) {
-        tableDidLoad(KVAppError(KVAppErrorCode::DiskNotFound, tr("The disks cannot be listed"),
-                                tr("Korvelle cannot reach its disk tools.")));
-        return;
-    }
-    const QPointer<KVEncryptDiskWizardController> self(this);
-    const int run = m_run;
-    m_disks->updateDisksToEncrypt([self, run](const KVOptionalError &error) {
-        KVMainQueue::post(self, [self, run, error] {
-            if (run == self->m_run)
-                self->tableDidLoad(error);
-        });
-    });
-}
-
-void KVEncryptDiskWizardController::tableDidLoad(const KVOptionalError &error)
-{
-    if (error) {
-        KVAlert::showError(parentWidget(), *error);
-        reset();
-        endSheet(KVSheetReturnCode::Cancelled);
-        return;
-    }
-    m_ui->progressUpdateDisks->hide();
-    reloadTable();
-}
-
-void KVEncryptDiskWizardController::reloadTable()
-{
-    m_table->reloadData(m_disks ? m_disks->disksToEncrypt() : QList<KVVolumeItemPtr>());
-}
-
 void KVEncryptDiskWizardController::updateButtons()
 {
     static constexpr ButtonState Continue[] = {
@@ -151,7 +104,7 @@ void KVEncryptDiskWizardController::updateButtons()
     const int step = qBound(0, currentStep(), 3);
     applyButtonState(m_ui->continueButton, Continue[step]);
     if (step == 0)
-        m_ui->continueButton->setEnabled(m_table && m_table->selectedRow() >= 0);
+        m_ui->continueButton->setEnabled(diskTable() && diskTable()->selectedRow() >= 0);
     else if (step == 1)
         m_ui->continueButton->setEnabled(m_ui->newPasswordForm->isValid());
     m_ui->goBackButton->setEnabled(step == 1);
@@ -164,25 +117,15 @@ void KVEncryptDiskWizardController::passwordsEdited()
         m_ui->continueButton->setEnabled(m_ui->newPasswordForm->isValid());
 }
 
-void KVEncryptDiskWizardController::wizardButtons(const QString &identifier)
+void KVEncryptDiskWizardController::performAction(const QString &identifier)
 {
-    if (identifier == u"continue") {
-        nextStep();
-    } else if (identifier == u"create") {
+    if (identifier == u"create")
         encrypt();
-    } else if (identifier == u"goBack") {
-        previousStep();
-    } else if (identifier == u"cancel") {
-        reset();
-        endSheet(KVSheetReturnCode::Cancelled);
-    } else if (identifier == u"exit") {
-        exit();
-    }
 }
 
 void KVEncryptDiskWizardController::encrypt()
 {
-    const KVVolumeItemPtr item = m_table->selectedItem();
+    const KVVolumeItemPtr item = diskTable()->selectedItem();
     if (!m_ui->newPasswordForm->isValid() || !item)
         return;
     nextStep();
@@ -190,21 +133,15 @@ void KVEncryptDiskWizardController::encrypt()
     // A copy of its own, not shared with the field, so that wiping it reaches the characters.
     KVSensitiveString passphrase(QString(typed.constData(), typed.size()));
     m_ui->newPasswordForm->cleanPasswords();
-    if (!m_disks) {
+    if (!disks()) {
         encryptionProgress(std::nullopt, true,
                            KVAppError(KVAppErrorCode::DiskNotFound, kvLocalized("Encrypting failed"),
                                       tr("Korvelle cannot reach its disk tools.")));
         return;
     }
-    const QPointer<KVEncryptDiskWizardController> self(this);
-    const int run = m_run;
-    m_disks->encryptDisk(item->diskIdentifier(), passphrase.value(),
-                         [self, run](const std::optional<QString> &line, bool finished, const KVOptionalError &error) {
-                             KVMainQueue::post(self, [self, run, line, finished, error] {
-                                 if (run == self->m_run)
-                                     self->encryptionProgress(line, finished, error);
-                             });
-                         });
+    disks()->encryptDisk(item->diskIdentifier(), passphrase.value(),
+                         inCurrentRun([this](const std::optional<QString> &line, bool finished,
+                                             const KVOptionalError &error) { encryptionProgress(line, finished, error); }));
     passphrase.wipe();
 }
 
@@ -222,22 +159,18 @@ void KVEncryptDiskWizardController::encryptionProgress(const std::optional<QStri
     }
     prepareFinishScreenWithError(*error);
     KVSystemLog::write(QStringLiteral("Error: %1").arg(error->debugDescription()));
-    const int run = m_run;
-    QTimer::singleShot(FailureScreenDelayMs, this, [this, run] {
-        if (run == m_run)
-            nextStep();
-    });
+    nextStepAfter(FailureScreenDelayMs);
 }
 
-void KVEncryptDiskWizardController::exit()
+void KVEncryptDiskWizardController::finish()
 {
     reset();
     endSheet(KVSheetReturnCode::Finished);
-    if (!m_disks)
+    if (!disks())
         return;
     // The conversion goes on in the background; the refreshed list shows it under "Mounted".
     const QPointer<QWidget> window = parentWidget();
-    m_disks->updateMountedDisks([window](const KVOptionalError &error) {
+    disks()->updateMountedDisks([window](const KVOptionalError &error) {
         if (error)
             KVMainQueue::post(window, [window, error] { KVAlert::showError(window, *error); });
     });
@@ -250,15 +183,10 @@ void KVEncryptDiskWizardController::prepareFinishScreenWithError(const KVAppErro
 
 void KVEncryptDiskWizardController::reset()
 {
-    ++m_run;
-    if (m_disks)
-        m_disks->clearDisksToEncrypt();
-    reloadTable();
+    resetDiskList();
     showFirstStep();
     m_phaseProgress->reset();
-    m_table->deselectAll();
     m_ui->continueButton->setEnabled(false);
-    m_ui->progressUpdateDisks->hide();
     m_finishScreen->showSuccess(successTexts());
     m_ui->newPasswordForm->reset();
 }

@@ -1,15 +1,11 @@
 #pragma once
 
 #include "model/KVAppError.h"
-#include "wizards/KVSlidingWizard.h"
-
-#include <QPointer>
+#include "wizards/KVDiskListWizard.h"
 
 #include <memory>
 #include <optional>
 
-class KVDisk;
-class KVDiskTable;
 class KVFinishScreen;
 class KVNewPasswordForm;
 class KVPhaseProgress;
@@ -30,7 +26,7 @@ class EncryptDiskWizard;
 // asks the engine for the mounted disks again, so that the converting volume
 // shows under "Mounted" with its progress. Every close resets the wizard and
 // empties the engine's list of partitions.
-class KVEncryptDiskWizardController : public KVSlidingWizard
+class KVEncryptDiskWizardController : public KVDiskListWizard
 {
     Q_OBJECT
 
@@ -38,10 +34,6 @@ public:
     explicit KVEncryptDiskWizardController(QWidget *parent = nullptr);
     ~KVEncryptDiskWizardController() override;
 
-    KVDisk *disks() const;
-    void setDisks(KVDisk *disks);
-
-    KVDiskTable *diskTable() const { return m_table; }
     KVPhaseProgress *phaseProgress() const { return m_phaseProgress; }
     KVNewPasswordForm *newPasswordForm() const;
     int progressCounter() const;
@@ -51,28 +43,22 @@ public:
     static bool isStageLine(const QString &line);
 
 public Q_SLOTS:
-    void updateTable();
-    // By identifier: "continue", "create", "goBack", "cancel", "exit".
-    void wizardButtons(const QString &identifier) override;
-    void reset();
+    void reset() override;
     void prepareFinishScreenWithError(const KVAppError &error);
 
 protected:
     void updateButtons() override;
+    void performAction(const QString &identifier) override;
+    // Also asks the engine for the mounted disks again, so that the converting
+    // volume shows under "Mounted".
+    void finish() override;
 
 private:
-    void tableDidLoad(const KVOptionalError &error);
-    void reloadTable();
     void passwordsEdited();
     void encrypt();
     void encryptionProgress(const std::optional<QString> &line, bool finished, const KVOptionalError &error);
-    void exit();
 
     std::unique_ptr<Ui::EncryptDiskWizard> m_ui;
     std::unique_ptr<KVFinishScreen> m_finishScreen;
     KVPhaseProgress *m_phaseProgress = nullptr; // a child
-    KVDiskTable *m_table = nullptr;             // a child of the table view
-    QPointer<KVDisk> m_disks;
-    // Counts the showings, so that a late answer for an earlier one changes nothing.
-    int m_run = 0;
 };

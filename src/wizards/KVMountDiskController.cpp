@@ -4,94 +4,47 @@
 
 #include "app/KVAlert.h"
 #include "disk/KVDisk.h"
-#include "platform/KVMainQueue.h"
 #include "wizards/KVDiskTable.h"
 #include "wizards/KVSlidingSteps.h"
 
 #include <QPushButton>
 
 KVMountDiskController::KVMountDiskController(QWidget *parent)
-    : KVSlidingWizard(parent)
+    : KVDiskListWizard({&KVDisk::updateDisksToMount, &KVDisk::disksToMount, &KVDisk::clearDisksToMount}, parent)
     , m_ui(std::make_unique<Ui::MountDisk>())
 {
     m_ui->setupUi(this);
     setUpSteps(m_ui->mainClipView, {m_ui->stepOne, m_ui->stepTwo},
                {m_ui->stepOneTitle->text(), m_ui->stepTwoTitle->text()}, m_ui->continueButton, m_ui->goBackButton,
                m_ui->cancelButton);
-    m_table = new KVDiskTable(m_ui->diskListTableView,
-                              {{QStringLiteral("diskName"), tr("Name")},
-                               {QStringLiteral("size"), tr("Size")},
-                               {QStringLiteral("status"), tr("Status")}},
-                              [](const KVVolumeItem &item, const QString &column) {
-                                  if (column == u"diskName")
-                                      return item.name();
-                                  if (column == u"size")
-                                      return KVDiskTable::createSizeInfoFromVolumeItem(item);
-                                  return statusText(item);
-                              });
+    setUpDiskTable(m_ui->diskListTableView,
+                   {{QStringLiteral("diskName"), tr("Name")},
+                    {QStringLiteral("size"), tr("Size")},
+                    {QStringLiteral("status"), tr("Status")}},
+                   [](const KVVolumeItem &item, const QString &column) {
+                       if (column == u"diskName")
+                           return item.name();
+                       if (column == u"size")
+                           return KVDiskTable::createSizeInfoFromVolumeItem(item);
+                       return statusText(item);
+                   },
+                   m_ui->progressUpdateDisks);
     m_ui->diskListTableView->setColumnWidth(0, 240);
     m_ui->diskListTableView->setColumnWidth(1, 100);
-    connect(m_table, &KVDiskTable::selectionDidChange, this, &KVMountDiskController::updateButtons);
-    m_ui->progressUpdateDisks->hide();
     reset();
 }
 
 KVMountDiskController::~KVMountDiskController() = default;
-
-KVDisk *KVMountDiskController::disks() const
-{
-    return m_disks;
-}
-
-void KVMountDiskController::setDisks(KVDisk *disks)
-{
-    m_disks = disks;
-}
 
 QString KVMountDiskController::statusText(const KVVolumeItem &item)
 {
     return item.locked() ? QStringLiteral("Locked") : QStringLiteral("Unlocked");
 }
 
-void KVMountDiskController::updateTable()
-{
-    m_ui->progressUpdateDisks->show();
-    if (!m_disks) {
-        tableDidLoad(KVAppError(KVAppErrorCode::DiskNotFound, tr("The disks cannot be listed"),
-                                tr("Korvelle cannot reach its disk tool.")));
-        return;
-    }
-    const QPointer<KVMountDiskController> self(this);
-    const int run = m_run;
-    m_disks->updateDisksToMount([self, run](const KVOptionalError &error) {
-        KVMainQueue::post(self, [self, run, error] {
-            if (run == self->m_run)
-                self->tableDidLoad(error);
-        });
-    });
-}
-
-void KVMountDiskController::tableDidLoad(const KVOptionalError &error)
-{
-    if (error) {
-        KVAlert::showError(parentWidget(), *error);
-        reset();
-        endSheet(KVSheetReturnCode::Cancelled);
-        return;
-    }
-    m_ui->progressUpdateDisks->hide();
-    reloadTable();
-}
-
-void KVMountDiskController::reloadTable()
-{
-    m_table->reloadData(m_disks ? m_disks->disksToMount() : QList<KVVolumeItemPtr>());
-}
-
 void KVMountDiskController::updateButtons()
 {
     // Only the steps' own rows: the sliding mechanics may ask while a slide ends.
-    const KVVolumeItemPtr item = m_table ? m_table->selectedItem() : nullptr;
+    const KVVolumeItemPtr item = diskTable() ? diskTable()->selectedItem() : nullptr;
     if (currentStep() == 0) {
         if (!item)
             applyButtonState(m_ui->continueButton, {"Continue", "continue", false});
@@ -120,27 +73,16 @@ void KVMountDiskController::enableButtons()
     m_ui->goBackButton->setEnabled(true);
 }
 
-void KVMountDiskController::wizardButtons(const QString &identifier)
+void KVMountDiskController::performAction(const QString &identifier)
 {
-    if (identifier == u"continue") {
-        nextStep();
-    } else if (identifier == u"mount") {
+    if (identifier == u"mount")
         mount();
-    } else if (identifier == u"goBack") {
-        previousStep();
-    } else if (identifier == u"cancel") {
-        reset();
-        endSheet(KVSheetReturnCode::Cancelled);
-    } else if (identifier == u"exit") {
-        reset();
-        endSheet(KVSheetReturnCode::Finished);
-    }
 }
 
 void KVMountDiskController::mount()
 {
-    const KVVolumeItemPtr item = m_table->selectedItem();
-    if (!item || !m_disks)
+    const KVVolumeItemPtr item = diskTable()->selectedItem();
+    if (!item || !disks())
         return;
     disableButtons();
     m_ui->mountDiskErrorNotification->hide();
@@ -148,15 +90,9 @@ void KVMountDiskController::mount()
         mountVolume(item);
         return;
     }
-    const QPointer<KVMountDiskController> self(this);
-    const int run = m_run;
     // The field keeps the passphrase until the unlock is judged: a wrong one stays for correcting.
-    m_disks->unlockVolume(item, m_ui->passwordField->text(), [self, run, item](const KVOptionalError &error) {
-        KVMainQueue::post(self, [self, run, item, error] {
-            if (run == self->m_run)
-                self->unlockDidEnd(item, error);
-        });
-    });
+    disks()->unlockVolume(item, m_ui->passwordField->text(),
+                          inCurrentRun([this, item](const KVOptionalError &error) { unlockDidEnd(item, error); }));
 }
 
 void KVMountDiskController::unlockDidEnd(const KVVolumeItemPtr &item, const KVOptionalError &error)
@@ -180,14 +116,7 @@ void KVMountDiskController::unlockDidEnd(const KVVolumeItemPtr &item, const KVOp
 
 void KVMountDiskController::mountVolume(const KVVolumeItemPtr &item)
 {
-    const QPointer<KVMountDiskController> self(this);
-    const int run = m_run;
-    m_disks->mountDisk(item, [self, run](const KVOptionalError &error) {
-        KVMainQueue::post(self, [self, run, error] {
-            if (run == self->m_run)
-                self->mountDidEnd(error);
-        });
-    });
+    disks()->mountDisk(item, inCurrentRun([this](const KVOptionalError &error) { mountDidEnd(error); }));
 }
 
 void KVMountDiskController::mountDidEnd(const KVOptionalError &error)
@@ -206,16 +135,11 @@ void KVMountDiskController::cleanPasswords()
 
 void KVMountDiskController::reset()
 {
-    ++m_run;
-    if (m_disks)
-        m_disks->clearDisksToMount();
-    reloadTable();
+    resetDiskList();
     m_ui->mountDiskErrorNotification->hide();
     showFirstStep();
     updateButtons();
     m_ui->cancelButton->setEnabled(true);
-    m_table->deselectAll();
     m_ui->continueButton->setEnabled(false);
-    m_ui->progressUpdateDisks->hide();
     cleanPasswords();
 }

@@ -2,14 +2,9 @@
 
 #include "model/KVAppError.h"
 #include "model/KVVolumeItem.h"
-#include "wizards/KVSlidingWizard.h"
-
-#include <QPointer>
+#include "wizards/KVDiskListWizard.h"
 
 #include <memory>
-
-class KVDisk;
-class KVDiskTable;
 
 namespace Ui {
 class MountDisk;
@@ -26,7 +21,7 @@ class MountDisk;
 // other failure is an alert and ends the sheet. The sheet ends with
 // KVSheetReturnCode::Succeeded after a mount and Cancelled otherwise; every end
 // resets it and empties the engine's list of candidates.
-class KVMountDiskController : public KVSlidingWizard
+class KVMountDiskController : public KVDiskListWizard
 {
     Q_OBJECT
 
@@ -34,27 +29,17 @@ public:
     explicit KVMountDiskController(QWidget *parent = nullptr);
     ~KVMountDiskController() override;
 
-    KVDisk *disks() const;
-    void setDisks(KVDisk *disks);
-
-    KVDiskTable *diskTable() const { return m_table; }
-
     // "Locked" or "Unlocked".
     static QString statusText(const KVVolumeItem &item);
 
 public Q_SLOTS:
-    // Asks the engine for the candidates; the spinner turns until they are in.
-    void updateTable();
-    // By identifier: "continue", "mount", "goBack", "cancel", "exit".
-    void wizardButtons(const QString &identifier) override;
-    void reset();
+    void reset() override;
 
 protected:
     void updateButtons() override;
+    void performAction(const QString &identifier) override;
 
 private:
-    void tableDidLoad(const KVOptionalError &error);
-    void reloadTable();
     void disableButtons();
     void enableButtons();
     void mount();
@@ -64,8 +49,4 @@ private:
     void cleanPasswords();
 
     std::unique_ptr<Ui::MountDisk> m_ui;
-    KVDiskTable *m_table = nullptr; // a child of the table view
-    QPointer<KVDisk> m_disks;
-    // Counts the showings, so that a late answer for an earlier one changes nothing.
-    int m_run = 0;
 };

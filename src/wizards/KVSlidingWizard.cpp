@@ -6,6 +6,7 @@
 
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTimer>
 
 KVSlidingWizard::KVSlidingWizard(QWidget *parent)
     : QDialog(parent, Qt::Sheet)
@@ -60,6 +61,14 @@ void KVSlidingWizard::previousStep()
     m_steps->previousStep();
 }
 
+void KVSlidingWizard::nextStepAfter(int milliseconds)
+{
+    QTimer::singleShot(milliseconds, this, [this, run = m_run] {
+        if (isCurrentRun(run))
+            nextStep();
+    });
+}
+
 void KVSlidingWizard::showFirstStep()
 {
     m_steps->showFirstStep();
@@ -75,6 +84,28 @@ void KVSlidingWizard::reject()
 {
     if (m_cancelButton && m_cancelButton->isEnabled())
         m_cancelButton->click();
+}
+
+void KVSlidingWizard::wizardButtons(const QString &identifier)
+{
+    if (identifier == u"continue") {
+        nextStep();
+    } else if (identifier == u"goBack") {
+        previousStep();
+    } else if (identifier == u"cancel") {
+        reset();
+        endSheet(KVSheetReturnCode::Cancelled);
+    } else if (identifier == u"exit") {
+        finish();
+    } else {
+        performAction(identifier);
+    }
+}
+
+void KVSlidingWizard::finish()
+{
+    reset();
+    endSheet(KVSheetReturnCode::Finished);
 }
 
 void KVSlidingWizard::endSheet(KVSheetReturnCode returnCode)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/KVSheetReturnCode.h"
+#include "platform/KVMainQueue.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -39,7 +40,12 @@ public:
     static void applyButtonState(QPushButton *button, const ButtonState &state);
 
 public Q_SLOTS:
-    virtual void wizardButtons(const QString &identifier) = 0;
+    // "continue" and "goBack" slide, "cancel" resets and ends the sheet as
+    // cancelled, "exit" calls finish(); a wizard's own identifiers ("create",
+    // "mount", ...) go to performAction().
+    void wizardButtons(const QString &identifier);
+    // Back to the first step, with nothing typed, as when first shown.
+    virtual void reset() = 0;
     void reject() override;
 
 protected:
@@ -55,13 +61,36 @@ protected:
     void nextStep();
     void previousStep();
     void showFirstStep();
+    // The next step after a pause, unless the wizard is reset before.
+    void nextStepAfter(int milliseconds);
     // The user default "animationDurationMultiplier" as it is now.
     static float animationDurationMultiplier();
 
     void endSheet(KVSheetReturnCode returnCode);
 
+    // Every showing of the wizard is a run of its own; reset() starts a new one,
+    // so that a late answer for an earlier showing changes nothing.
+    void startNewRun() { ++m_run; }
+    bool isCurrentRun(int run) const { return run == m_run; }
+    // Wraps `fn` as a completion for an engine: called from any thread, it
+    // runs `fn` with the same arguments on the GUI thread, and only while the
+    // wizard exists and is still in the run in which the request was made.
+    template<typename Fn>
+    auto inCurrentRun(Fn fn)
+    {
+        return [self = QPointer<KVSlidingWizard>(this), run = m_run, fn](const auto &...args) {
+            KVMainQueue::post(self, [self, run, fn, ... args = args] {
+                if (self->isCurrentRun(run))
+                    fn(args...);
+            });
+        };
+    }
+
     // The buttons for the step that is shown now.
     virtual void updateButtons() = 0;
+    virtual void performAction(const QString &identifier) = 0;
+    // Resets the wizard and ends the sheet as finished.
+    virtual void finish();
 
 private:
     void stepDidChange(int step);
@@ -69,4 +98,5 @@ private:
     KVSlidingSteps *m_steps = nullptr;
     QStringList m_stepTitles;
     QPointer<QPushButton> m_cancelButton;
+    int m_run = 0;
 };
