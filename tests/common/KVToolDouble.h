@@ -20,8 +20,10 @@ public:
         write(m_path, QByteArrayLiteral("#!/bin/sh\n"
                                         "d='") + QFile::encodeName(m_dir.path()) + QByteArrayLiteral("'\n"
                                         "n=$(($(cat \"$d/count\" 2>/dev/null || echo 0) + 1))\n"
-                                        "echo $n > \"$d/count\"\n"
                                         "for a in \"$@\"; do printf '%s\\0' \"$a\"; done > \"$d/argv.$n\"\n"
+                                        // Counted only once its arguments are complete, and in one rename,
+                                        // so that a test polling the count never reads a run half-recorded.
+                                        "echo $n > \"$d/count.new\" && mv \"$d/count.new\" \"$d/count\"\n"
                                         "if [ -p /dev/stdin ]; then echo pipe > \"$d/stdin-kind.$n\"; fi\n"
                                         "cat > \"$d/stdin.$n\"\n"
                                         "r=default; [ -f \"$d/out.$n\" ] && r=$n\n"
