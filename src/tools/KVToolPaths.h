@@ -11,4 +11,6 @@ struct KVToolPaths
     QString systemProfiler;
 
     static KVToolPaths defaults();
+    // Linux: the programs of an application whose executable is in binDir.
+    static KVToolPaths besideApplicationIn(const QString &binDir);
 };
