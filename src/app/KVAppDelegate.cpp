@@ -35,6 +35,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     , m_favourites(new KVFavouritesController(this))
     , m_detailPane(new KVDetailPaneController(m_mainWindow.get(), this))
     , m_commands(new KVVolumeCommands(m_mainWindow.get(), m_quit, m_favourites, this))
+    , m_refreshFailures(m_mainWindow.get())
 {
     connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
     connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
@@ -164,7 +165,7 @@ void KVAppDelegate::reloadMountedList()
         if (!error)
             return;
         KVMainQueue::post(self, [self, error = *error] {
-            self->showError(error);
+            self->m_refreshFailures.show(error);
         });
     };
     m_di->updateMountedDiskImages(std::nullopt, showFailure);
@@ -206,7 +207,7 @@ void KVAppDelegate::mountedDiskImagesDidChange(KVDiskImage *, const QList<KVVolu
 
 void KVAppDelegate::mountedDiskImagesUpdateDidFail(KVDiskImage *, const KVAppError &error)
 {
-    showError(error);
+    m_refreshFailures.show(error);
 }
 
 void KVAppDelegate::mountedDisksDidChange(KVDisk *, const QList<KVVolumeItemPtr> &)
@@ -216,7 +217,7 @@ void KVAppDelegate::mountedDisksDidChange(KVDisk *, const QList<KVVolumeItemPtr>
 
 void KVAppDelegate::mountedDisksUpdateDidFail(KVDisk *, const KVAppError &error)
 {
-    showError(error);
+    m_refreshFailures.show(error);
 }
 
 void KVAppDelegate::updateFavs()

@@ -4,6 +4,7 @@
 #include "KVCommand.h"
 #include "KVFavouritesController.h"
 #include "KVQuitCoordinator.h"
+#include "KVRefreshFailureAlert.h"
 #include "KVSheetReturnCode.h"
 #include "diskimage/KVDiskImageDelegate.h"
 #include "disk/KVDiskDelegate.h"
@@ -146,6 +147,7 @@ private:
     KVFavouritesController *m_favourites;     // a child
     KVDetailPaneController *m_detailPane;     // a child
     KVVolumeCommands *m_commands;             // a child
+    KVRefreshFailureAlert m_refreshFailures;
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;

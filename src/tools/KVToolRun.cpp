@@ -6,6 +6,7 @@
 
 #include <QStringDecoder>
 
+#include <cerrno>
 #include <cstring>
 
 namespace {
@@ -147,9 +148,14 @@ void KVToolRun::recordReadFailure()
 
 void KVToolRun::recordLaunchFailure()
 {
-    const QString reason = kvLocalized("%1 could not be started (%2).")
-                               .arg(m_invocation.program,
-                                    QString::fromLocal8Bit(std::strerror(m_exit.launchError)));
+    // A program that is not there is the usual case (an installation with a
+    // file removed): say that plainly rather than quote the system's words.
+    const QString reason = m_exit.launchError == ENOENT
+                               ? kvLocalized("The program %1 is missing, so Korvelle cannot run it.")
+                                     .arg(m_invocation.program)
+                               : kvLocalized("%1 could not be started (%2).")
+                                     .arg(m_invocation.program,
+                                          QString::fromLocal8Bit(std::strerror(m_exit.launchError)));
     failWithSystemError(reason, m_exit.launchError);
     KVSystemLog::write(QStringLiteral("Error: %1")
                            .arg(KVAppError(NSCocoaErrorDomain, m_exit.launchError, m_title, reason)
