@@ -1,4 +1,5 @@
 #include "KVInstalledTree.h"
+#include "KVScreenshot.h"
 #include "app/KVAppDelegate.h"
 #include "app/KVMainWindow.h"
 #include "diskimage/KVDiskImage.h"
@@ -68,6 +69,7 @@ void tst_MissingProgram::missingProgramIsNamedOnce()
     QCOMPARE(alert->informativeText(),
              QStringLiteral("The program %1 is missing, so Korvelle cannot run it.")
                  .arg(m_tree.path(QStringLiteral("libexec/korvelle/hdiutil"))));
+    kvSaveScreenshot(alert, QStringLiteral("missing-program-alert"));
     alert->close();
     QTRY_VERIFY(alerts(delegate).isEmpty());
 
