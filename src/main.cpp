@@ -1,4 +1,5 @@
 #include "app/KVApplication.h"
+#include "platform/KVProcessHardening.h"
 #include "startup/KVCommandLine.h"
 #include "startup/KVDisplayStartGuard.h"
 
@@ -7,6 +8,11 @@
 
 int main(int argc, char *argv[])
 {
+    // Before anything can hold a password.
+    if (const KVOptionalError error = KVProcessHardening::apply())
+        std::fprintf(stderr, "korvelle: %s: %s\n", qPrintable(error->localizedDescription()),
+                     qPrintable(error->localizedFailureReason()));
+
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));

@@ -44,7 +44,7 @@ QString lastMountPoint(const QVariantMap &image)
     for (const QVariant &entity : array(image.value(QStringLiteral("system-entities")))) {
         const QVariantMap device = dictionary(entity);
         if (device.contains(QStringLiteral("mount-point")))
-            mountPoint = stringValue(device.value(QStringLiteral("mount-point")));
+            mountPoint = pathValue(device.value(QStringLiteral("mount-point")));
     }
     return mountPoint;
 }

@@ -1,5 +1,6 @@
 #include "KVHdiutil.h"
 
+#include "KVHdiutilOutput.h"
 #include "model/KVLocalization.h"
 #include "tools/KVToolRun.h"
 
@@ -8,24 +9,6 @@ namespace {
 QString abnormalEnd()
 {
     return kvLocalized("hdiutil ended abnormally.");
-}
-
-QString notPropertyList()
-{
-    return kvLocalized("hdiutil output is not a property list.");
-}
-
-// hdiutil ends a failure with its own summary ("hdiutil: attach failed - ..."),
-// in the user's language, so that line itself becomes the message. Only one
-// trailing empty piece is dropped: output that is nothing but a newline or
-// nothing at all has no such line, and then nothing is recognised.
-void failWithLastLine(KVToolRun &run, const QString &text)
-{
-    QStringList pieces = text.split(u'\n');
-    if (pieces.last().isEmpty())
-        pieces.removeLast();
-    if (!pieces.isEmpty())
-        run.fail(kvLocalized(pieces.last()), KVAppErrorCode::ToolMessage);
 }
 
 } // namespace
@@ -40,9 +23,8 @@ KVHdiutil::PropertyList KVHdiutil::info() const
     KVToolRun run(m_program, {QStringLiteral("info"), QStringLiteral("-plist")},
                   kvLocalized("Error executing hdiutil command"), abnormalEnd());
     PropertyList result;
-    result.error = run.runWholeOutput([&](const QByteArray &output) {
-        result.value = run.decodePropertyList(output, notPropertyList());
-    });
+    result.error = run.runWholeOutput(
+        [&](const QByteArray &output) { result.value = KVHdiutilOutput::judgeInfo(run, output); });
     return result;
 }
 
@@ -59,23 +41,7 @@ KVOptionalError KVHdiutil::attach(const QString &imagePath, KVSecret password, b
 
     KVToolRun run(m_program, arguments, kvLocalized("Mounting Disk Image failed"), abnormalEnd());
     run.passPassword(std::move(password));
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output);
-        if (!text.contains(u"DIHLDiskImageAttach() returned"))
-            return;
-        // Plain substring tests in this order: any code that begins with a 2
-        // (22, say) reads as a missing image.
-        if (text.contains(u"DIHLDiskImageAttach() returned 80"))
-            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
-        else if (text.contains(u"DIHLDiskImageAttach() returned 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-        else if (text.contains(u"DIHLDiskImageAttach() returned 112"))
-            run.fail(kvLocalized("Invalid Mount Path"), KVAppErrorCode::InvalidMountPath);
-        else if (text.contains(u"DIHLDiskImageAttach() returned 16"))
-            run.fail(kvLocalized("Resource busy, Disk Image may already be mounted."), KVAppErrorCode::ResourceBusy);
-        else
-            failWithLastLine(run, text);
-    });
+    return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeAttach(run, output); });
 }
 
 KVOptionalError KVHdiutil::detach(const QString &deviceOrPath, bool force) const
@@ -86,19 +52,7 @@ KVOptionalError KVHdiutil::detach(const QString &deviceOrPath, bool force) const
     arguments << deviceOrPath;
 
     KVToolRun run(m_program, arguments, kvLocalized("Unmount failed"), abnormalEnd());
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output);
-        // Success needs both words: a device that carried no mounted file
-        // system is only "ejected.", and that counts as a failure.
-        if (text.contains(u"unmounted.") && text.contains(u"ejected."))
-            return;
-        if (text.contains(u"hdiutil: detach: result: 2"))
-            run.fail(kvLocalized("Disk Volume point doesn't exist"), KVAppErrorCode::NotFound);
-        else if (!text.contains(u"hdiutil: couldn't unmount"))
-            failWithLastLine(run, text);
-        else
-            run.fail(kvLocalized("Resource busy, Volume may still be used."), KVAppErrorCode::ResourceBusy);
-    });
+    return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeDetach(run, output); });
 }
 
 KVOptionalError KVHdiutil::create(const QString &pathWithoutExtension, std::optional<float> sizeInM,
@@ -126,16 +80,7 @@ KVOptionalError KVHdiutil::create(const QString &pathWithoutExtension, std::opti
     KVToolRun run(m_program, arguments, title, abnormalEnd());
     run.passPassword(std::move(password));
     return run.runLineStream([&](const QString &line, QStringView) {
-        // The creation routine's result names the cause better than the
-        // summary line that follows it, so it replaces anything found before.
-        if (line.contains(u"DIHLDiskImageCreate() returned")) {
-            if (line.contains(u"DIHLDiskImageCreate() returned 2"))
-                run.fail(kvLocalized("File or directory doesn't exist"), KVAppErrorCode::NotFound);
-            else if (line.contains(u"DIHLDiskImageCreate() returned 17"))
-                run.fail(kvLocalized("File already exists."), KVAppErrorCode::FileExists);
-        }
-        if (line.contains(u"create failed") && !run.hasFailed())
-            run.fail(kvLocalized(line), KVAppErrorCode::ToolMessage);
+        KVHdiutilOutput::judgeCreateLine(run, line);
         onLine(line);
     });
 }
@@ -152,32 +97,15 @@ KVOptionalError KVHdiutil::changePassword(const QString &imagePath, KVSecret pas
                    QStringLiteral("-verbose"), imagePath},
                   kvLocalized("Changing password failed"), abnormalEnd());
     run.setStandardInput(std::move(passwords));
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output);
-        if (!text.contains(u"chpass failed"))
-            return;
-        if (text.contains(u"hdiutil: chpass: result: 80"))
-            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
-        else if (!text.contains(u"hdiutil: chpass: result: 2"))
-            failWithLastLine(run, text);
-        else
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-    });
+    return run.runWholeOutput(
+        [&run](const QByteArray &output) { KVHdiutilOutput::judgeChangePassword(run, output); });
 }
 
 KVOptionalError KVHdiutil::eraseKeys(const QString &imagePath) const
 {
     KVToolRun run(m_program, {QStringLiteral("erasekeys"), imagePath}, kvLocalized("Erasing Keys failed"),
                   abnormalEnd());
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output);
-        if (!text.contains(u"erasekeys failed"))
-            return;
-        if (text.contains(u"hdiutil: erasekeys: result: 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-        else
-            failWithLastLine(run, text);
-    });
+    return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeEraseKeys(run, output); });
 }
 
 KVHdiutil::PropertyList KVHdiutil::limits(const QString &imagePath, KVSecret password) const
@@ -186,21 +114,8 @@ KVHdiutil::PropertyList KVHdiutil::limits(const QString &imagePath, KVSecret pas
                   kvLocalized("Acquiring limits information failed"), abnormalEnd());
     run.passPassword(std::move(password));
     PropertyList result;
-    result.error = run.runWholeOutput([&](const QByteArray &output) {
-        // resize reports a failure as one sentence that ends with the error
-        // number in parentheses.
-        const QString text = QString::fromUtf8(output).trimmed();
-        if (!text.contains(u"resize: failed")) {
-            result.value = run.decodePropertyList(output, notPropertyList());
-            return;
-        }
-        if (text.endsWith(u"(80)"))
-            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
-        else if (text.endsWith(u"(2)"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-        else
-            run.fail(kvLocalized(text), KVAppErrorCode::ToolMessage);
-    });
+    result.error = run.runWholeOutput(
+        [&](const QByteArray &output) { result.value = KVHdiutilOutput::judgeLimits(run, output); });
     return result;
 }
 
@@ -215,19 +130,7 @@ KVOptionalError KVHdiutil::resize(const QString &imagePath, std::optional<float>
     // At the third place like every password, which puts it between "-size"
     // and its value; hdiutil reads its options that way too.
     run.passPassword(std::move(password));
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output).trimmed();
-        if (!text.contains(u"resize: failed"))
-            return;
-        if (text.endsWith(u"(80)"))
-            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
-        else if (text.endsWith(u"(2)"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-        else if (text.endsWith(u"(35)"))
-            run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
-        else
-            run.fail(kvLocalized(text), KVAppErrorCode::ToolMessage);
-    });
+    return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeResize(run, output); });
 }
 
 KVOptionalError KVHdiutil::compact(const QString &imagePath, KVSecret password) const
@@ -236,19 +139,7 @@ KVOptionalError KVHdiutil::compact(const QString &imagePath, KVSecret password) 
                   {QStringLiteral("compact"), QStringLiteral("-batteryallowed"), QStringLiteral("-verbose"), imagePath},
                   kvLocalized("Compact failed"), abnormalEnd());
     run.passPassword(std::move(password), 1);
-    return run.runWholeOutput([&run](const QByteArray &output) {
-        const QString text = QString::fromUtf8(output);
-        if (!text.contains(u"compact failed"))
-            return;
-        if (text.contains(u"hdiutil: compact: result: 80"))
-            run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
-        else if (text.contains(u"hdiutil: compact: result: 2"))
-            run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
-        else if (!text.contains(u"hdiutil: compact: result: 35"))
-            failWithLastLine(run, text);
-        else
-            run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
-    });
+    return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeCompact(run, output); });
 }
 
 QString KVHdiutil::megabytes(float sizeInM)

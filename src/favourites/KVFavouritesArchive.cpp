@@ -10,6 +10,10 @@ namespace {
 
 const QStringList FolderClasses{QStringLiteral("KVFavouriteFolder"), QStringLiteral("NSObject")};
 const QStringList ItemClasses{QStringLiteral("KVFavouriteItem"), QStringLiteral("NSObject")};
+// Reading a folder reads its items, and an item its folder: an archive that
+// chains folders through items' parents would take ever more stack. Ours go
+// three steps deep at most; a far deeper one is refused as unreadable.
+constexpr int MaximumNesting = 64;
 
 class Writer
 {
@@ -52,6 +56,18 @@ private:
     KVKeyedArchiver m_archiver;
 };
 
+// Counts how deep the reading is while an object is being read.
+class Nesting
+{
+public:
+    explicit Nesting(int &depth) : m_depth(++depth) {}
+    ~Nesting() { --m_depth; }
+    bool tooDeep() const { return m_depth > MaximumNesting; }
+
+private:
+    int &m_depth;
+};
+
 // Reads objects once each: a reference met again gives the same object.
 class Reader
 {
@@ -62,10 +78,11 @@ public:
     {
         if (KVFavouriteFolderPtr known = m_folders.value(reference.value))
             return known;
-        if (m_archive.className(reference) != FolderClasses.first())
+        const Nesting nesting(m_depth);
+        if (nesting.tooDeep() || m_archive.className(reference) != FolderClasses.first())
             return fail<KVFavouriteFolderPtr>();
         const QVariantMap fields = m_archive.fields(reference);
-        KVFavouriteFolderPtr folder = KVFavouriteFolder::create(string(fields, QStringLiteral("name")));
+        KVFavouriteFolderPtr folder = KVFavouriteFolder::create(KVValue::nameValue(object(fields, QStringLiteral("name"))));
         m_folders.insert(reference.value, folder);
         const std::optional<KVPropertyListUid> content = KVKeyedUnarchiver::referenceIn(fields, QStringLiteral("content"));
         const std::optional<QList<KVPropertyListUid>> elements = content ? m_archive.arrayElements(*content) : std::nullopt;
@@ -84,7 +101,8 @@ public:
     {
         if (KVFavouriteItemPtr known = m_items.value(reference.value))
             return known;
-        if (m_archive.className(reference) != ItemClasses.first())
+        const Nesting nesting(m_depth);
+        if (nesting.tooDeep() || m_archive.className(reference) != ItemClasses.first())
             return fail<KVFavouriteItemPtr>();
         const QVariantMap fields = m_archive.fields(reference);
         KVFavouriteItemPtr item = KVFavouriteItem::create(QString());
@@ -95,8 +113,8 @@ public:
                 return fail<KVFavouriteItemPtr>();
             item->setParent(folder);
         }
-        item->setName(string(fields, QStringLiteral("name")));
-        item->setMountPoint(string(fields, QStringLiteral("mountPoint")));
+        item->setName(KVValue::nameValue(object(fields, QStringLiteral("name"))));
+        item->setMountPoint(KVValue::pathValue(object(fields, QStringLiteral("mountPoint"))));
         item->setReadOnly(KVValue::boolValue(fields.value(QStringLiteral("readOnly"))));
         item->setType(kvVolumeKindFromText(string(fields, QStringLiteral("type"))));
         item->setLocation(object(fields, QStringLiteral("location")).toByteArray());
@@ -127,6 +145,7 @@ private:
     const KVKeyedUnarchiver &m_archive;
     QHash<quint64, KVFavouriteFolderPtr> m_folders;
     QHash<quint64, KVFavouriteItemPtr> m_items;
+    int m_depth = 0;
     bool m_failed = false;
 };
 

@@ -57,15 +57,15 @@ KVVolumeItem::KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngin
         for (const QVariant &entityValue : entities) {
             const QVariantMap entity = dictionary(entityValue);
             if (entity.contains(QStringLiteral("mount-point")))
-                m_mountPoint = stringValue(entity.value(QStringLiteral("mount-point")));
+                m_mountPoint = pathValue(entity.value(QStringLiteral("mount-point")));
             if (stringValue(entity.value(QStringLiteral("content-hint"))) == u"GUID_partition_scheme")
-                m_guidDevice = stringValue(entity.value(QStringLiteral("dev-entry")));
+                m_guidDevice = pathValue(entity.value(QStringLiteral("dev-entry")));
         }
         diskutilInfoFromHdiutilInfo(tools.diskutil);
     }
 
     const QString diskutilMountPoint =
-        stringValue(dictionary(m_raw.value(DiskutilInfoKey)).value(QStringLiteral("MountPoint")));
+        pathValue(dictionary(m_raw.value(DiskutilInfoKey)).value(QStringLiteral("MountPoint")));
     if (m_raw.contains(LogicalVolumeGroupKey) && diskutilMountPoint.isEmpty()) {
         m_type = KVVolumeKind::NotMountedDisk;
     } else if (m_raw.contains(SysProfilerInfoKey)) {
@@ -83,7 +83,7 @@ KVVolumeItem::KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngin
     if (m_raw.contains(SysProfilerInfoKey))
         readSysProfilerInfo();
     if (m_type == KVVolumeKind::DiskImage)
-        m_location = stringValue(dictionary(m_raw.value(HdiutilInfoKey)).value(QStringLiteral("image-path")));
+        m_location = pathValue(dictionary(m_raw.value(HdiutilInfoKey)).value(QStringLiteral("image-path")));
     if ((m_type == KVVolumeKind::Disk || m_type == KVVolumeKind::NotMountedDisk) && m_raw.contains(DiskutilInfoKey))
         readLogicalVolumeStatus();
 
@@ -113,10 +113,10 @@ void KVVolumeItem::diskutilInfoFromHdiutilInfo(const QString &diskutil)
 void KVVolumeItem::readDiskutilInfo()
 {
     const QVariantMap info = dictionary(m_raw.value(DiskutilInfoKey));
-    m_name = stringValue(info.value(QStringLiteral("VolumeName")));
+    m_name = nameValue(info.value(QStringLiteral("VolumeName")));
     if (m_name.isEmpty())
-        m_name = stringValue(info.value(QStringLiteral("MediaName")));
-    m_mountPoint = stringValue(info.value(QStringLiteral("MountPoint")));
+        m_name = nameValue(info.value(QStringLiteral("MediaName")));
+    m_mountPoint = pathValue(info.value(QStringLiteral("MountPoint")));
     m_uuid = stringValue(info.value(QStringLiteral("VolumeUUID")));
     m_readOnly = !boolValue(info.value(QStringLiteral("Writable")));
     setSpace(integerValue(info.value(QStringLiteral("TotalSize"))), integerValue(info.value(QStringLiteral("FreeSpace"))));
@@ -127,8 +127,8 @@ void KVVolumeItem::readDiskutilInfo()
 void KVVolumeItem::readSysProfilerInfo()
 {
     const QVariantMap info = dictionary(m_raw.value(SysProfilerInfoKey));
-    m_name = stringValue(info.value(QStringLiteral("_name")));
-    m_mountPoint = stringValue(info.value(QStringLiteral("mount_point")));
+    m_name = nameValue(info.value(QStringLiteral("_name")));
+    m_mountPoint = pathValue(info.value(QStringLiteral("mount_point")));
     m_uuid = stringValue(info.value(QStringLiteral("volume_uuid")));
     m_readOnly = !boolValue(info.value(QStringLiteral("writable")));
     m_isSystemPartition = m_mountPoint == u"/";

@@ -146,17 +146,25 @@ KVResult<QByteArray> KVBookmark::create(const QString &path)
     });
 }
 
-KVResult<KVBookmark::Resolution> KVBookmark::resolve(const QByteArray &bookmark)
+KVResult<KVBookmark::Record> KVBookmark::read(const QByteArray &bookmark)
 {
     const QVariantMap fields = KVValue::dictionary(KVPropertyList::decode(bookmark).value_or(QVariant()));
-    const QString path = KVValue::stringValue(fields.value(QStringLiteral("path")));
+    const QString path = KVValue::pathValue(fields.value(QStringLiteral("path")));
     if (path.isEmpty() || KVValue::integerValue(fields.value(QStringLiteral("version"))) > Version)
         return KVAppError(NSCocoaErrorDomain, FileReadCorruptFileError, kvLocalized("The file couldn’t be opened."),
                           kvLocalized("The reference to the file is damaged."));
-    const FileIdentity wanted{quint64(KVValue::integerValue(fields.value(QStringLiteral("device")))),
-                              quint64(KVValue::integerValue(fields.value(QStringLiteral("inode")))),
-                              KVValue::integerValue(fields.value(QStringLiteral("birthTime")))};
+    return Record{path, quint64(KVValue::integerValue(fields.value(QStringLiteral("device")))),
+                  quint64(KVValue::integerValue(fields.value(QStringLiteral("inode")))),
+                  KVValue::integerValue(fields.value(QStringLiteral("birthTime")))};
+}
 
+KVResult<KVBookmark::Resolution> KVBookmark::resolve(const QByteArray &bookmark)
+{
+    const KVResult<Record> record = read(bookmark);
+    if (!record)
+        return record.error();
+    const FileIdentity wanted{record.value().device, record.value().inode, record.value().birthTime};
+    const QString &path = record.value().path;
     const QByteArray encoded = QFile::encodeName(path);
     if (identityOf(encoded) == wanted)
         return Resolution{path, false};

@@ -24,7 +24,18 @@ public:
         bool stale = false;
     };
 
+    // What a bookmark records of its file.
+    struct Record
+    {
+        QString path;
+        quint64 device = 0;
+        quint64 inode = 0;
+        qint64 birthTime = 0; // nanoseconds; 0 where the file system keeps none
+    };
+
     static KVResult<QByteArray> create(const QString &path);
+    // Reads a bookmark without looking at any file; an error when it is damaged.
+    static KVResult<Record> read(const QByteArray &bookmark);
     static KVResult<Resolution> resolve(const QByteArray &bookmark);
     // Whether the file can be read now.
     static KVOptionalError checkReachable(const QString &path);

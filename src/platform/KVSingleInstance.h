@@ -6,7 +6,9 @@
 
 // One Korvelle per user session. The first process takes a name on the session
 // bus and offers the freedesktop Application interface there; a later launch
-// hands its files (or just the wish to be shown) to it and ends.
+// hands its files (or just the wish to be shown) to it and ends. Without a
+// session bus, a lock on a file in the user's runtime directory decides: the
+// later launch cannot hand anything over then, and only ends.
 class KVSingleInstance : public QObject
 {
     Q_OBJECT
@@ -14,9 +16,11 @@ class KVSingleInstance : public QObject
 
 public:
     explicit KVSingleInstance(QString serviceName, QObject *parent = nullptr);
+    ~KVSingleInstance() override;
 
-    // True when this process is the one that runs: it took the name, or there
-    // is no session bus to ask. False when another instance took the files.
+    // True when this process is the one that runs: it took the name, or the
+    // lock when there is no session bus. False when another instance runs (and
+    // took the files, if it could be asked).
     bool claim(const QStringList &files);
 
 public Q_SLOTS:
@@ -32,6 +36,8 @@ Q_SIGNALS:
 
 private:
     QString objectPath() const;
+    bool claimLock();
 
     QString m_serviceName;
+    int m_lockFile = -1; // held open, and so locked, while this process runs
 };

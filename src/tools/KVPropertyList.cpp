@@ -1,5 +1,6 @@
 #include "KVPropertyList.h"
 
+#include "KVBinaryPropertyListKeys.h"
 #include "model/KVLocalization.h"
 
 #include <QDateTime>
@@ -54,10 +55,16 @@ std::optional<QVariant> toVariant(plist_t node, int depth)
         plist_get_real_val(node, &value);
         return QVariant(value);
     }
-    case PLIST_KEY:
     case PLIST_STRING: {
+        // With its length: a string may hold a NUL, which is the reader's to judge.
+        uint64_t length = 0;
+        const char *text = plist_get_string_ptr(node, &length);
+        return QVariant(QString::fromUtf8(text, text ? qsizetype(length) : 0));
+    }
+    case PLIST_KEY: {
+        // Keys holding a NUL were refused before libplist read the data.
         char *raw = nullptr;
-        plist_get_string_val(node, &raw);
+        plist_get_key_val(node, &raw);
         std::unique_ptr<char, MallocDeleter> text(raw);
         return QVariant(QString::fromUtf8(raw ? raw : ""));
     }
@@ -80,11 +87,18 @@ std::optional<QVariant> toVariant(plist_t node, int depth)
         return QVariant::fromValue(KVPropertyListUid{value});
     }
     case PLIST_ARRAY: {
+        // With an iterator: looking elements up by index walks the list each time.
         QVariantList list;
-        const uint32_t count = plist_array_get_size(node);
-        list.reserve(count);
-        for (uint32_t i = 0; i < count; ++i) {
-            std::optional<QVariant> item = toVariant(plist_array_get_item(node, i), depth + 1);
+        list.reserve(plist_array_get_size(node));
+        plist_array_iter iterator = nullptr;
+        plist_array_new_iter(node, &iterator);
+        std::unique_ptr<void, MallocDeleter> iteratorOwner(iterator);
+        for (;;) {
+            plist_t element = nullptr;
+            plist_array_next_item(node, iterator, &element);
+            if (!element)
+                break;
+            std::optional<QVariant> item = toVariant(element, depth + 1);
             if (!item)
                 return std::nullopt;
             list.append(std::move(*item));
@@ -179,7 +193,8 @@ QByteArray encode(const QVariant &value, Writer writer)
 std::optional<QVariant> KVPropertyList::decode(const QByteArray &data, KVPropertyListError *error)
 {
     plist_t rawRoot = nullptr;
-    if (!data.isEmpty() && data.size() <= std::numeric_limits<uint32_t>::max())
+    if (!data.isEmpty() && data.size() <= std::numeric_limits<uint32_t>::max()
+        && !KVBinaryPropertyListKeys::anyKeyHoldsNul(data))
         plist_from_memory(data.constData(), uint32_t(data.size()), &rawRoot);
     PlistPtr root(rawRoot);
     std::optional<QVariant> value = root ? toVariant(plist_t(root.get()), 0) : std::nullopt;

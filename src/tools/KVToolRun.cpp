@@ -1,35 +1,12 @@
 #include "KVToolRun.h"
 
+#include "KVLineSplitter.h"
 #include "KVPropertyList.h"
 #include "model/KVLocalization.h"
 #include "platform/KVSystemLog.h"
 
-#include <QStringDecoder>
-
 #include <cerrno>
 #include <cstring>
-
-namespace {
-
-// The characters that end a line: LF, VT, FF, CR, NEL and the Unicode line
-// and paragraph separators.
-bool isNewline(QChar c)
-{
-    const char16_t u = c.unicode();
-    return (u >= 0x0A && u <= 0x0D) || u == 0x85 || u == 0x2028 || u == 0x2029;
-}
-
-qsizetype indexOfNewline(const QString &text, qsizetype from)
-{
-    const QChar *data = text.constData();
-    for (qsizetype i = from, n = text.size(); i < n; ++i) {
-        if (isNewline(data[i]))
-            return i;
-    }
-    return -1;
-}
-
-} // namespace
 
 KVToolRun::KVToolRun(QString program, QStringList arguments, QString title, QString abnormalEndText)
     : m_title(std::move(title))
@@ -109,26 +86,8 @@ KVOptionalError KVToolRun::runWholeOutput(const OutputHandler &handler)
 
 KVOptionalError KVToolRun::runLineStream(const LineHandler &handler)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8); // keeps a character split between chunks
-    QString lineBuffer;
-    m_exit = KVToolProcess::run(m_invocation, [&](QByteArrayView bytes) {
-        const QString chunk = decoder.decode(bytes);
-        qsizetype newline = indexOfNewline(chunk, 0);
-        if (newline < 0) {
-            lineBuffer += chunk;
-            return;
-        }
-        qsizetype start = 0;
-        while (newline >= 0) {
-            const QString line = lineBuffer.isEmpty() ? chunk.mid(start, newline - start)
-                                                      : lineBuffer + QStringView(chunk).sliced(start, newline - start);
-            lineBuffer.clear();
-            handler(line, QStringView(chunk).sliced(start));
-            start = newline + 1;
-            newline = indexOfNewline(chunk, start);
-        }
-        lineBuffer = chunk.sliced(start);
-    });
+    KVLineSplitter lines(handler);
+    m_exit = KVToolProcess::run(m_invocation, [&lines](QByteArrayView bytes) { lines.feed(bytes); });
     if (!m_exit.started()) {
         recordLaunchFailure();
     } else if (m_exit.readError != 0) {

@@ -68,9 +68,11 @@ qint64 integerValue(const QVariant &value)
         quint64 magnitude = 0;
         constexpr quint64 limit = quint64(std::numeric_limits<qint64>::max());
         for (; i < text.size() && text.at(i).isDigit() && text.at(i).unicode() < 0x80; ++i) {
-            magnitude = magnitude * 10 + quint64(text.at(i).unicode() - u'0');
-            if (magnitude > limit)
+            // Checked before the step, which could otherwise wrap past 2^64.
+            const quint64 digit = quint64(text.at(i).unicode() - u'0');
+            if (magnitude > (limit - digit) / 10)
                 return negative ? std::numeric_limits<qint64>::min() : std::numeric_limits<qint64>::max();
+            magnitude = magnitude * 10 + digit;
         }
         return negative ? -qint64(magnitude) : qint64(magnitude);
     }
@@ -90,6 +92,21 @@ QString stringValue(const QVariant &value)
     if (isNumber(value) && value.typeId() != QMetaType::Bool)
         return value.toString();
     return QString();
+}
+
+QString nameValue(const QVariant &value)
+{
+    QString text = stringValue(value);
+    const qsizetype nul = text.indexOf(QChar(0));
+    if (nul >= 0)
+        text.truncate(nul);
+    return text;
+}
+
+QString pathValue(const QVariant &value)
+{
+    const QString text = stringValue(value);
+    return text.contains(QChar(0)) ? QString() : text;
 }
 
 QVariantMap dictionary(const QVariant &value)

@@ -14,6 +14,12 @@ bool boolValue(const QVariant &value);
 qint64 integerValue(const QVariant &value);
 // Strings as they are; numbers as their decimal text; anything else empty.
 QString stringValue(const QVariant &value);
+// A name shown to the user ends at its first NUL, as names do in the system's
+// tools and file systems (and as the Linux tools write them).
+QString nameValue(const QVariant &value);
+// A path holding a NUL names no file: it reads as no path at all, never as
+// the different path before the NUL.
+QString pathValue(const QVariant &value);
 QVariantMap dictionary(const QVariant &value);
 QVariantList array(const QVariant &value);
 // The dictionary that is the first element of an array; empty when there is none.

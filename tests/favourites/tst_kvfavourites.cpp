@@ -5,6 +5,9 @@
 #include "platform/KVBookmark.h"
 #include "tools/KVKeyedArchiver.h"
 
+#include "KVToolDouble.h"
+
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -20,6 +23,41 @@ KVFavouriteItemPtr item(const QString &name, const KVFavouriteFolderPtr &parent,
     made->setLocation(QByteArray("bookmark of ") + name.toUtf8());
     parent->content().append(made);
     return made;
+}
+
+// A favourites list whose first folder's item names as its parent another
+// folder, whose item names a third, and so on `depth` times.
+QByteArray chainedArchive(int depth)
+{
+    const auto uid = [](qsizetype index) { return QVariant::fromValue(KVPropertyListUid{quint64(index)}); };
+    const auto classOf = [](const QString &name, const QStringList &more) {
+        return QVariantMap{{QStringLiteral("$classname"), name}, {QStringLiteral("$classes"), QStringList{name} + more}};
+    };
+    constexpr qsizetype arrayClass = 2, folderClass = 3, itemClass = 4, name = 5, kind = 6, first = 7;
+    QVariantList objects{QStringLiteral("$null"),
+                         QVariantMap{{QStringLiteral("NS.objects"), QVariantList{uid(first)}}, {QStringLiteral("$class"), uid(arrayClass)}},
+                         classOf(QStringLiteral("NSMutableArray"), {QStringLiteral("NSArray"), QStringLiteral("NSObject")}),
+                         classOf(QStringLiteral("KVFavouriteFolder"), {QStringLiteral("NSObject")}),
+                         classOf(QStringLiteral("KVFavouriteItem"), {QStringLiteral("NSObject")}),
+                         QStringLiteral("Link"), QStringLiteral("Disk Image")};
+    for (int level = 0; level < depth; ++level) {
+        const qsizetype folder = objects.size();
+        objects.append(QVariantMap{{QStringLiteral("name"), uid(name)}, {QStringLiteral("content"), uid(folder + 1)},
+                                   {QStringLiteral("$class"), uid(folderClass)}});
+        objects.append(QVariantMap{{QStringLiteral("NS.objects"), QVariantList{uid(folder + 2)}},
+                                   {QStringLiteral("$class"), uid(arrayClass)}});
+        QVariantMap item{{QStringLiteral("name"), uid(name)}, {QStringLiteral("type"), uid(kind)},
+                         {QStringLiteral("$class"), uid(itemClass)}};
+        if (level + 1 < depth)
+            item.insert(QStringLiteral("parent"), uid(folder + 3));
+        objects.append(item);
+    }
+    return KVPropertyList::encodeBinary(QVariantMap{
+        {QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
+        {QStringLiteral("$version"), qint64(100000)},
+        {QStringLiteral("$top"), QVariantMap{{QStringLiteral("root"), uid(1)}}},
+        {QStringLiteral("$objects"), objects},
+    });
 }
 
 } // namespace
@@ -124,6 +162,32 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, data);
         QVERIFY(!KVFavouritesArchive::unarchiveList(data));
+    }
+
+    void namesEndAtANulAndMountPointsWithOneAreNone()
+    {
+        // UTF-16 strings with a NUL inside, as a hand-edited settings file may hold.
+        const std::optional<QList<KVFavouriteFolderPtr>> loaded =
+            KVFavouritesArchive::unarchiveList(KVToolDouble::readFixture(QStringLiteral("favourites/names-with-nul.archive")));
+        QVERIFY(loaded);
+        QCOMPARE(loaded->size(), 1);
+        QCOMPARE(loaded->first()->name(), QStringLiteral("Wörk"));
+        const KVFavouriteItemPtr item = loaded->first()->content().value(0);
+        QVERIFY(item);
+        QCOMPARE(item->name(), QStringLiteral("Täx"));
+        QCOMPARE(item->mountPoint(), QString());
+        QCOMPARE(item->location(), QByteArray("bookmark"));
+    }
+
+    void deepArchivesAreRefusedQuickly()
+    {
+        QVERIFY(KVFavouritesArchive::unarchiveList(chainedArchive(5)));
+
+        const QByteArray deep = chainedArchive(10000);
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(!KVFavouritesArchive::unarchiveList(deep));
+        QVERIFY2(clock.elapsed() < 5000, qPrintable(QStringLiteral("took %1 ms").arg(clock.elapsed())));
     }
 
     void favouriteOfAMountedImageFollowsItsFile()

@@ -134,6 +134,16 @@ private Q_SLOTS:
         QVERIFY(!writable->isSystemPartition());
     }
 
+    void namesEndAtANulAndPathsWithOneAreNone()
+    {
+        FakeEngine engine{QString()};
+        QVariantMap entry = sysProfilerEntry(QStringLiteral("/Volumes/Back\u0000up"), QStringLiteral("yes"));
+        entry.insert(QStringLiteral("_name"), QStringLiteral("Back\u0000up"));
+        const KVVolumeItemPtr item = engine.create({{QStringLiteral("sysProfilerInfo"), entry}});
+        QCOMPARE(item->name(), QStringLiteral("Back"));
+        QCOMPARE(item->mountPoint(), QString());
+    }
+
     void lockedVolumeThatIsNotMounted()
     {
         const QVariantMap group{

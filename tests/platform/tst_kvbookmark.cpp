@@ -1,5 +1,7 @@
 #include "platform/KVBookmark.h"
 
+#include "KVToolDouble.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -81,6 +83,15 @@ private Q_SLOTS:
         QVERIFY(!missing.hasValue());
         QVERIFY(!KVBookmark::resolve(QByteArray("garbage")).hasValue());
         QVERIFY(!KVBookmark::resolve(QByteArray()).hasValue());
+    }
+
+    void aPathWithANulIsADamagedBookmark()
+    {
+        // Cut at the NUL, the path would name another file.
+        auto result = KVBookmark::resolve(KVToolDouble::readFixture(QStringLiteral("propertylist/bookmark-path-with-nul.bplist")));
+        QVERIFY(!result.hasValue());
+        QCOMPARE(result.error().code(), 259);
+        QCOMPARE(result.error().localizedFailureReason(), QStringLiteral("The reference to the file is damaged."));
     }
 };
 

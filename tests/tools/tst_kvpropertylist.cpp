@@ -42,6 +42,38 @@ private Q_SLOTS:
         QVERIFY(KVPropertyList::encodeBinary(original).startsWith("bplist00"));
     }
 
+    void stringsAreReadWithTheirLength()
+    {
+        // A UTF-16 string with a NUL inside, as a crafted image's name may be.
+        const std::optional<QVariant> decoded =
+            KVPropertyList::decode(KVToolDouble::readFixture(QStringLiteral("propertylist/utf16-string-with-nul.bplist")));
+        QVERIFY(decoded);
+        QCOMPARE(decoded->toMap().value(QStringLiteral("VolumeName")).toString(), QStringLiteral("Wörk\u0000shop"));
+    }
+
+    void namesAndPaths_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("plain") << QVariant(QStringLiteral("/media/Wörk")) << QStringLiteral("/media/Wörk")
+                               << QStringLiteral("/media/Wörk");
+        QTest::newRow("a NUL inside") << QVariant(QStringLiteral("/media/Wörk\u0000shop"))
+                                      << QStringLiteral("/media/Wörk") << QString();
+        QTest::newRow("a NUL first") << QVariant(QStringLiteral("\u0000x")) << QString() << QString();
+        QTest::newRow("a number") << QVariant(qint64(7)) << QStringLiteral("7") << QStringLiteral("7");
+        QTest::newRow("data") << QVariant(QByteArray("x")) << QString() << QString();
+    }
+
+    void namesAndPaths()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(QString, name);
+        QFETCH(QString, path);
+        QCOMPARE(KVValue::nameValue(value), name);
+        QCOMPARE(KVValue::pathValue(value), path);
+    }
+
     void refusesWhatIsNotAPropertyList_data()
     {
         QTest::addColumn<QByteArray>("data");
@@ -52,6 +84,9 @@ private Q_SLOTS:
         QTest::newRow("truncated xml") << xml.left(xml.size() / 2);
         QTest::newRow("truncated binary") << binary.left(binary.size() - 9);
         QTest::newRow("binary garbage") << QByteArray("bplist00\xff\xff\xff\xff\x00\x01garbage", 22);
+        // libplist hands keys out as C strings (and aborts on a UTF-16 one with a NUL).
+        QTest::newRow("UTF-16 key with a NUL") << KVToolDouble::readFixture(QStringLiteral("propertylist/utf16-key-with-nul.bplist"));
+        QTest::newRow("ASCII key with a NUL") << KVToolDouble::readFixture(QStringLiteral("propertylist/ascii-key-with-nul.bplist"));
     }
 
     void refusesWhatIsNotAPropertyList()
@@ -95,6 +130,13 @@ private Q_SLOTS:
         QTest::newRow("no digits") << QVariant(QStringLiteral("-none-")) << qint64(0);
         QTest::newRow("Complete") << QVariant(QStringLiteral("Complete")) << qint64(0);
         QTest::newRow("overflow") << QVariant(QStringLiteral("99999999999999999999")) << std::numeric_limits<qint64>::max();
+        QTest::newRow("overflow past 2^64 in one step") << QVariant(QStringLiteral("19000000000000000000"))
+                                                        << std::numeric_limits<qint64>::max();
+        QTest::newRow("negative overflow") << QVariant(QStringLiteral("-19000000000000000000"))
+                                           << std::numeric_limits<qint64>::min();
+        QTest::newRow("largest") << QVariant(QStringLiteral("9223372036854775807")) << std::numeric_limits<qint64>::max();
+        QTest::newRow("one past the largest") << QVariant(QStringLiteral("9223372036854775808"))
+                                              << std::numeric_limits<qint64>::max();
         QTest::newRow("number") << QVariant(qint64(42949672960)) << qint64(42949672960);
         QTest::newRow("real") << QVariant(3.9) << qint64(3);
         QTest::newRow("absent") << QVariant() << qint64(0);

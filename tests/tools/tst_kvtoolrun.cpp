@@ -229,6 +229,10 @@ private Q_SLOTS:
         QTest::newRow("a character split between chunks")
             << QByteArray("printf '\\303'; sleep 0.1; printf '\\251t\\303\\251\\n'\n")
             << QStringList{QStringLiteral("été")} << QStringList{QStringLiteral("\u00e9t\u00e9\n")};
+        QTest::newRow("a line end right after a broken character at a chunk's end")
+            << QByteArray("printf 'a\\342\\200'; sleep 0.1; printf '\\nb\\n'\n")
+            << QStringList{QStringLiteral("a\uFFFD\uFFFD"), QStringLiteral("b")}
+            << QStringList{QStringLiteral("\uFFFD\uFFFD\nb\n"), QStringLiteral("b\n")};
     }
 
     void lineStream()
