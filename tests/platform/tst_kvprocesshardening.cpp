@@ -12,6 +12,9 @@ class TestKVProcessHardening : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Dumpable again at the end: LeakSanitizer's check at exit needs it.
+    void cleanupTestCase() { ::prctl(PR_SET_DUMPABLE, 1, 0, 0, 0); }
+
     void noCoreDumpsAndNotDumpable()
     {
         QVERIFY(!KVProcessHardening::apply());
