@@ -30,7 +30,7 @@ public:
         m_referenceSize = int(uchar(m_data[trailer + 7]));
         const std::optional<quint64> count = number(trailer + 8, 8);
         const std::optional<quint64> tableOffset = number(trailer + 24, 8);
-        if (m_offsetSize < 1 || m_offsetSize > 8 || m_referenceSize < 1 || m_referenceSize > 8 || !count
+        if (m_offsetSize < 1 || m_referenceSize < 1 || !count
             || !tableOffset || *tableOffset > quint64(trailer)
             || *count > (quint64(trailer) - *tableOffset) / quint64(m_offsetSize))
             return false;
@@ -48,7 +48,9 @@ public:
         if (index >= quint64(m_objectCount))
             return std::nullopt;
         const std::optional<quint64> offset = number(m_tableOffset + qsizetype(index) * m_offsetSize, m_offsetSize);
-        if (!offset || *offset < quint64(HeaderSize) || *offset >= quint64(m_end))
+        // Not only after the header: libplist takes an object from anywhere
+        // before the offset table, even one that overlaps the magic.
+        if (!offset || *offset >= quint64(m_end))
             return std::nullopt;
         return qsizetype(*offset);
     }
@@ -69,7 +71,7 @@ public:
         if (header.contents >= m_end || uchar(m_data[header.contents]) >> 4 != IntegerType)
             return std::nullopt;
         const int size = 1 << (uchar(m_data[header.contents]) & 0xF);
-        const std::optional<quint64> count = size <= 8 ? number(header.contents + 1, size) : std::nullopt;
+        const std::optional<quint64> count = number(header.contents + 1, size);
         if (!count)
             return std::nullopt;
         header.count = *count;
@@ -83,13 +85,14 @@ public:
         return at <= m_end && count <= quint64(m_end - at) / quint64(size);
     }
 
-    // A big-endian number of `size` bytes at `at`.
+    // A big-endian number of `size` bytes at `at`. Of a wider one libplist
+    // reads the last eight bytes, and so does this.
     std::optional<quint64> number(qsizetype at, int size) const
     {
         if (at < 0 || at > m_data.size() - size)
             return std::nullopt;
         quint64 value = 0;
-        for (int i = 0; i < size; ++i)
+        for (int i = qMax(0, size - 8); i < size; ++i)
             value = (value << 8) | uchar(m_data[at + i]);
         return value;
     }

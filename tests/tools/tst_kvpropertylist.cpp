@@ -87,6 +87,12 @@ private Q_SLOTS:
         // libplist hands keys out as C strings (and aborts on a UTF-16 one with a NUL).
         QTest::newRow("UTF-16 key with a NUL") << KVToolDouble::readFixture(QStringLiteral("propertylist/utf16-key-with-nul.bplist"));
         QTest::newRow("ASCII key with a NUL") << KVToolDouble::readFixture(QStringLiteral("propertylist/ascii-key-with-nul.bplist"));
+        // libplist takes objects from anywhere before the offset table and
+        // reads only the last eight bytes of a wider offset or reference.
+        QTest::newRow("key inside the magic with a NUL")
+            << KVToolDouble::readFixture(QStringLiteral("propertylist/key-inside-magic-with-nul.bplist"));
+        QTest::newRow("nine-byte references, key with a NUL")
+            << KVToolDouble::readFixture(QStringLiteral("propertylist/wide-references-key-with-nul.bplist"));
     }
 
     void refusesWhatIsNotAPropertyList()
