@@ -47,7 +47,7 @@ QString shownText(const QString &message)
     return rest;
 }
 
-void showError(QWidget *parent, const KVAppError &error)
+QMessageBox *showError(QWidget *parent, const KVAppError &error)
 {
     auto *alert = new QMessageBox(QMessageBox::Warning, error.localizedDescription(), error.localizedDescription(),
                                   QMessageBox::Ok, parent);
@@ -57,6 +57,7 @@ void showError(QWidget *parent, const KVAppError &error)
     alert->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     widenToTitle(alert);
     alert->open();
+    return alert;
 }
 
 } // namespace KVAlert

@@ -2,6 +2,7 @@
 
 #include "model/KVAppError.h"
 
+class QMessageBox;
 class QWidget;
 
 // Alerts built from error values: the description is the headline and the
@@ -9,7 +10,9 @@ class QWidget;
 // not block the event loop, so engines and timers keep running behind them.
 namespace KVAlert {
 
-void showError(QWidget *parent, const KVAppError &error);
+// The alert is returned so that a caller can wait for it to be answered
+// (finished()); it deletes itself once closed.
+QMessageBox *showError(QWidget *parent, const KVAppError &error);
 
 // A message as the alert shows it: a tool's line without the tool's name.
 QString shownText(const QString &message);

@@ -380,6 +380,5 @@ void KVAppDelegate::mountFavourite(const KVFavouriteItemPtr &item)
     m_favouriteMountViewsController->setDi(m_di.get());
     m_favouriteMountViewsController->setFavouriteItemToMount(item);
     // A favourite whose file was not found keeps the one chosen before, if any.
-    if (m_favouriteMountViewsController->favouriteItemToMount())
-        m_favouriteMountViewsController->mountFavouriteWindow()->open();
+    m_favouriteMountViewsController->openSheet();
 }

@@ -6,6 +6,8 @@
 #include "KVMountSheet.h"
 #include "platform/KVSystemLog.h"
 
+#include <QMessageBox>
+
 #include "ui_FavouriteMountViews.h"
 
 KVFavouriteMountViewsController::KVFavouriteMountViewsController(KVDiskImage *di, QWidget *window, QObject *parent)
@@ -38,12 +40,25 @@ void KVFavouriteMountViewsController::setFavouriteItemToMount(const KVFavouriteI
 {
     const KVResult<QString> location = item->locationURL();
     if (!location) {
-        m_mountFlow->showError(location.error());
+        m_unresolvedAlert = m_mountFlow->showError(location.error());
         reset();
         return;
     }
     m_favouriteItemToMount = item;
     m_ui->heading->setText(tr("Enter Password for %1").arg(item->name()));
+}
+
+void KVFavouriteMountViewsController::openSheet()
+{
+    if (!m_favouriteItemToMount)
+        return;
+    // An answered alert goes only later; until then it is merely hidden.
+    if (!m_unresolvedAlert || !m_unresolvedAlert->isVisible()) {
+        m_window->open();
+        return;
+    }
+    connect(m_unresolvedAlert, &QDialog::finished, this, &KVFavouriteMountViewsController::openSheet,
+            Qt::SingleShotConnection);
 }
 
 void KVFavouriteMountViewsController::mountFavouriteButtons(const QString &identifier)

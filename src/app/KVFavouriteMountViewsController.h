@@ -11,6 +11,7 @@
 class KVDiskImage;
 class KVImageMountSheetController;
 class KVMountSheet;
+class QMessageBox;
 namespace Ui {
 class FavouriteMountViews;
 }
@@ -36,6 +37,10 @@ public:
     void setFavouriteItemToMount(const KVFavouriteItemPtr &item);
 
     KVMountSheet *mountFavouriteWindow() const { return m_window; }
+    // Shows the sheet for the favourite held, if any: at once, or, while the
+    // alert about a favourite that could not be found is up, once it has been
+    // answered. The sheet would otherwise open over the alert and block it.
+    void openSheet();
     void mountFavouriteButtons(const QString &identifier);
     void reset();
     void cleanPasswords();
@@ -50,6 +55,7 @@ private:
     void mount();
 
     KVFavouriteItemPtr m_favouriteItemToMount;
+    QPointer<QMessageBox> m_unresolvedAlert;
     KVMountSheet *m_window;
     std::unique_ptr<Ui::FavouriteMountViews> m_ui;
     KVImageMountSheetController *m_mountFlow; // a child

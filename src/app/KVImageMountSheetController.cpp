@@ -33,10 +33,10 @@ void KVImageMountSheetController::mount(const Request &request)
                          });
 }
 
-void KVImageMountSheetController::showError(const KVAppError &error) const
+QMessageBox *KVImageMountSheetController::showError(const KVAppError &error) const
 {
     KVSystemLog::write(QStringLiteral("Error: %1").arg(error.debugDescription()));
-    KVAlert::showError(m_sheet->parentWidget(), error);
+    return KVAlert::showError(m_sheet->parentWidget(), error);
 }
 
 void KVImageMountSheetController::mountDidEnd(const KVOptionalError &error)

@@ -9,6 +9,7 @@
 
 class KVDiskImage;
 class KVMountSheet;
+class QMessageBox;
 
 // The mount flow that both password sheets share, the one for an image chosen
 // or dropped and the one for a favourite: attach with the sheet's password;
@@ -39,7 +40,7 @@ public:
 
     void mount(const Request &request);
     // Logs the error and shows it in an alert over the sheet's window.
-    void showError(const KVAppError &error) const;
+    QMessageBox *showError(const KVAppError &error) const;
 
 Q_SIGNALS:
     // The sheet has ended after a mount, with or without an alert.

@@ -449,10 +449,13 @@ private Q_SLOTS:
         QVERIFY(sheet->isVisible());
         part<QPushButton>(sheet, "mountFavouriteCancelButton")->click();
         QVERIFY(!sheet->isVisible());
+        // The alert stands alone, answerable, until it is answered.
         controller.delegate->mountFavourite(loaded.at(1));
         QTRY_VERIFY(openAlert());
-        closeAlerts();
-        QVERIFY(sheet->isVisible());
+        QVERIFY(!sheet->isVisible());
+        QCOMPARE(QApplication::activeModalWidget(), openAlert());
+        openAlert()->button(QMessageBox::Ok)->click();
+        QTRY_VERIFY(sheet->isVisible());
         QCOMPARE(part<QLabel>(sheet, "heading")->text(), QStringLiteral("Enter Password for Kept"));
         QCOMPARE(controller.delegate->favourites().first()->content().size(), 3);
 
