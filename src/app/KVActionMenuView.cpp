@@ -24,13 +24,16 @@ struct Layout
     std::array<bool, KVActionMenuView::ButtonCount - 1> separators;
 };
 
-// The titles are the commands' own names and are not translated.
-constexpr Layout ImageLayout{{{{"Change Password", "changePW"},
-                               {"Erase Key", "eraseKey"},
-                               {"Resize", "resize"},
-                               {"Compact", "compact"}}},
+// The titles are translated when they are shown.
+constexpr Layout ImageLayout{{{{QT_TRANSLATE_NOOP("KVActionMenuView", "Change Password"), "changePW"},
+                               {QT_TRANSLATE_NOOP("KVActionMenuView", "Erase Key"), "eraseKey"},
+                               {QT_TRANSLATE_NOOP("KVActionMenuView", "Resize"), "resize"},
+                               {QT_TRANSLATE_NOOP("KVActionMenuView", "Compact"), "compact"}}},
                              {true, true, true}};
-constexpr Layout DiskLayout{{{{nullptr, nullptr}, {"Change Password", "changePW"}, {"Decrypt", "decrypt"}, {nullptr, nullptr}}},
+constexpr Layout DiskLayout{{{{nullptr, nullptr},
+                              {QT_TRANSLATE_NOOP("KVActionMenuView", "Change Password"), "changePW"},
+                              {QT_TRANSLATE_NOOP("KVActionMenuView", "Decrypt"), "decrypt"},
+                              {nullptr, nullptr}}},
                             {false, true, false}};
 
 } // namespace
@@ -77,7 +80,7 @@ void KVActionMenuView::showCommandsFor(KVVolumeKind kind)
         const Command &command = layout.commands.at(index);
         QPushButton *button = m_buttons.at(index);
         button->setVisible(command.title != nullptr);
-        button->setText(QString::fromLatin1(command.title));
+        button->setText(command.title ? tr(command.title) : QString());
         button->setProperty(IdentifierProperty, QString::fromLatin1(command.identifier));
     }
     for (int index = 0; index < ButtonCount - 1; ++index)

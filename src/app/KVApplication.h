@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KVTranslations.h"
+
 #include <QApplication>
 
 #include <memory>
@@ -7,8 +9,8 @@
 class KVAppDelegate;
 class KVSingleInstance;
 
-// The Korvelle process: its identity, the one running instance per session,
-// and the controller that does the rest.
+// The Korvelle process: its identity, its language, the one running instance
+// per session, and the controller that does the rest.
 class KVApplication : public QApplication
 {
     Q_OBJECT
@@ -20,6 +22,7 @@ public:
     int run();
 
 private:
+    KVTranslations m_translations;
     std::unique_ptr<KVAppDelegate> m_delegate;
     KVSingleInstance *m_instance;
 };

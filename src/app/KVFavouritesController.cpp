@@ -48,7 +48,7 @@ void KVFavouritesController::didChange()
 
 void KVFavouritesController::addFavouriteFolder()
 {
-    m_favourites.append(KVFavouriteFolder::create(QStringLiteral("Untitled %1").arg(m_favourites.size() + 1)));
+    m_favourites.append(KVFavouriteFolder::create(tr("Untitled %1").arg(m_favourites.size() + 1)));
     didChange();
 }
 

@@ -207,7 +207,7 @@ QVariant KVSidebarModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case Qt::EditRole:
         if (const QString *section = std::get_if<QString>(&node))
-            return *section;
+            return *section == FavoritesSection ? tr("Favorites") : tr("Mounted");
         if (const KVFavouriteFolderPtr *folder = std::get_if<KVFavouriteFolderPtr>(&node))
             return (*folder)->name();
         if (const KVFavouriteItemPtr *item = std::get_if<KVFavouriteItemPtr>(&node))

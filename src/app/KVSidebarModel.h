@@ -35,7 +35,7 @@ class KVSidebarModel : public QAbstractItemModel
     Q_OBJECT
 
 public:
-    // The section titles are also the sections' identities, so they are not translated.
+    // The sections' identities, in English; the titles shown are their translations.
     static inline const QString FavoritesSection = QStringLiteral("Favorites");
     static inline const QString MountedSection = QStringLiteral("Mounted");
 

@@ -4,18 +4,13 @@
 #include "KVBusyVolumeAlert.h"
 #include "KVQuitCoordinator.h"
 #include "diskimage/KVDiskImage.h"
+#include "model/KVLocalization.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVSystemLog.h"
 #include "platform/KVVolumeUsers.h"
 #include "settings/KVPreferences.h"
 
 #include <QWidget>
-
-namespace {
-
-const QString HdiutilEndedAbnormally = QStringLiteral("hdiutil ended abnormally.");
-
-} // namespace
 
 KVUnmountController::KVUnmountController(KVQuitCoordinator *quit, QWidget *window, QObject *parent)
     : QObject(parent)
@@ -55,7 +50,7 @@ void KVUnmountController::unmount(const KVVolumeItemPtr &item, bool force)
     const QPointer<KVUnmountController> self(this);
     auto report = [self, item, force](const KVOptionalError &error, const QString &processes) {
         KVSystemLog::write(QStringLiteral("Unmount volume error: %1").arg(error->debugDescription()));
-        if (error->localizedFailureReason() != HdiutilEndedAbnormally && self)
+        if (error->localizedFailureReason() != KVLocalization::tr("hdiutil ended abnormally.") && self)
             self->showFailure(item, *error, processes, !force);
     };
     auto completion = onGuiThread(self, item->mountPoint(), std::move(report));

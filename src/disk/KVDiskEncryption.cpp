@@ -14,8 +14,8 @@ KVDiskEncryption::KVDiskEncryption(QString disk, std::optional<KVSecret> passphr
 
 void KVDiskEncryption::run(const QString &diskutil, const ProgressBlock &block)
 {
-    KVToolRun run(diskutil, m_arguments, kvLocalized("Encrypting Disk failed"),
-                  kvLocalized("diskutil cs ended abnormally."));
+    KVToolRun run(diskutil, m_arguments, KVLocalization::tr("Encrypting Disk failed"),
+                  KVLocalization::tr("diskutil cs ended abnormally."));
     if (m_passphrase) {
         run.setStandardInput(std::move(*m_passphrase));
         m_passphrase.reset();
@@ -24,12 +24,14 @@ void KVDiskEncryption::run(const QString &diskutil, const ProgressBlock &block)
     // the number is looked for in everything that arrived with the line.
     const KVOptionalError error = run.runLineStream([&](const QString &line, QStringView chunkFromLine) {
         if (line.contains(u"Could not find disk"))
-            run.fail(kvLocalized("Could not find disk"), KVAppErrorCode::DiskNotFound);
+            run.fail(KVLocalization::tr("Could not find disk"), KVAppErrorCode::DiskNotFound);
         if (line.contains(u"Error converting")) {
             if (chunkFromLine.contains(u"(-69756)"))
-                run.fail(kvLocalized("The given file system is not supported on Core Storage"), KVAppErrorCode::FileSystemNotSupported);
+                run.fail(KVLocalization::tr("The given file system is not supported on Core Storage"),
+                         KVAppErrorCode::FileSystemNotSupported);
             else if (chunkFromLine.contains(u"(-69753)"))
-                run.fail(kvLocalized("The target disk is already in use by Core Storage"), KVAppErrorCode::DiskInUseByCoreStorage);
+                run.fail(KVLocalization::tr("The target disk is already in use by Core Storage"),
+                         KVAppErrorCode::DiskInUseByCoreStorage);
             else
                 run.fail(kvLocalized(chunkFromLine.toString()), KVAppErrorCode::ToolMessage);
         }

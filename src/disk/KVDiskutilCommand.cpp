@@ -11,9 +11,9 @@ using Verdict = KVDiskutilCommand::Verdict;
 const QString StandardInputPassphrase = QStringLiteral("-stdinpassphrase");
 const QString FinishedText = QStringLiteral("Finished CoreStorage operation");
 
-std::optional<Failure> failure(const char *message, KVAppErrorCode code)
+std::optional<Failure> failure(const QString &message, KVAppErrorCode code)
 {
-    return Failure{kvLocalized(message), code};
+    return Failure{message, code};
 }
 
 // Text diskutil printed that no table row knows: shown as it stands.
@@ -31,11 +31,11 @@ Verdict coreStorageVerdict(QString wrongPassphraseText)
         if (output.contains(FinishedText))
             return std::nullopt;
         if (output.contains(wrongPassphraseText))
-            return failure("Wrong Password", KVAppErrorCode::WrongPassword);
+            return failure(KVLocalization::tr("Wrong Password"), KVAppErrorCode::WrongPassword);
         if (output.contains(u"is not a CoreStorage Logical Volume UUID"))
-            return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
+            return failure(KVLocalization::tr("Disk doesn't exist"), KVAppErrorCode::DiskNotFound);
         if (output.contains(u"The target Core Storage volume is not locked"))
-            return failure("The Disk is not locked", KVAppErrorCode::VolumeNotLocked);
+            return failure(KVLocalization::tr("The Disk is not locked"), KVAppErrorCode::VolumeNotLocked);
         return toolText(output);
     };
 }
@@ -48,7 +48,7 @@ Verdict announcedVerdict(QString first, QString last)
         if (output.startsWith(first) && output.endsWith(last))
             return std::nullopt;
         if (output.contains(u"Unable to find disk"))
-            return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
+            return failure(KVLocalization::tr("Disk doesn't exist"), KVAppErrorCode::DiskNotFound);
         return toolText(output);
     };
 }
@@ -77,16 +77,19 @@ KVDiskutilCommand KVDiskutilCommand::revert(const QString &logicalVolumeUUID, st
 {
     QStringList arguments =
         withPassphraseSwitch({QStringLiteral("cs"), QStringLiteral("revert"), logicalVolumeUUID}, passphrase);
-    return KVDiskutilCommand(std::move(arguments), std::move(passphrase), "Decrypting failed",
-                             "diskutil ended abnormally.", Output::AsPrinted,
+    return KVDiskutilCommand(std::move(arguments), std::move(passphrase),
+                             QT_TRANSLATE_NOOP("Korvelle", "Decrypting failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil ended abnormally."), Output::AsPrinted,
                              [](const QString &output) -> std::optional<Failure> {
                                  if (output.contains(FinishedText))
                                      return std::nullopt;
                                  if (output.contains(u"Unable to unlock the Core Storage volume")
                                      || output.contains(u"no passphrase specified"))
-                                     return failure("Wrong Password", KVAppErrorCode::WrongPassword);
+                                     return failure(KVLocalization::tr("Wrong Password"),
+                                                    KVAppErrorCode::WrongPassword);
                                  if (output.contains(u"Unable to find disk"))
-                                     return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
+                                     return failure(KVLocalization::tr("Disk doesn't exist"),
+                                                    KVAppErrorCode::DiskNotFound);
                                  return toolText(output);
                              });
 }
@@ -95,15 +98,17 @@ KVDiskutilCommand KVDiskutilCommand::unlockVolume(const QString &logicalVolumeUU
 {
     QStringList arguments =
         withPassphraseSwitch({QStringLiteral("cs"), QStringLiteral("unlockVolume"), logicalVolumeUUID}, passphrase);
-    return KVDiskutilCommand(std::move(arguments), std::move(passphrase), "Unlocking Disk failed",
-                             "diskutil cs ended abnormally.", Output::AsPrinted,
+    return KVDiskutilCommand(std::move(arguments), std::move(passphrase),
+                             QT_TRANSLATE_NOOP("Korvelle", "Unlocking Disk failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil cs ended abnormally."), Output::AsPrinted,
                              coreStorageVerdict(QStringLiteral("-69749")));
 }
 
 KVDiskutilCommand KVDiskutilCommand::mount(const QString &logicalVolumeUUID)
 {
-    return KVDiskutilCommand({QStringLiteral("mount"), logicalVolumeUUID}, std::nullopt, "Mounting Disk failed",
-                             "diskutil mount ended abnormally.", Output::Trimmed,
+    return KVDiskutilCommand({QStringLiteral("mount"), logicalVolumeUUID}, std::nullopt,
+                             QT_TRANSLATE_NOOP("Korvelle", "Mounting Disk failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil mount ended abnormally."), Output::Trimmed,
                              announcedVerdict(QStringLiteral("Volume"), QStringLiteral("mounted")));
 }
 
@@ -111,21 +116,25 @@ KVDiskutilCommand KVDiskutilCommand::mount(const QString &logicalVolumeUUID)
 KVDiskutilCommand KVDiskutilCommand::eject(const QString &diskIdentifier)
 {
     return KVDiskutilCommand({QStringLiteral("eject"), QStringLiteral("/dev/") + diskIdentifier}, std::nullopt,
-                             "Unmounting (eject) Disk failed", "diskutil mount ended abnormally.", Output::Trimmed,
+                             QT_TRANSLATE_NOOP("Korvelle", "Unmounting (eject) Disk failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil mount ended abnormally."), Output::Trimmed,
                              announcedVerdict(QStringLiteral("Disk"), QStringLiteral("ejected")));
 }
 
 KVDiskutilCommand KVDiskutilCommand::rename(const QString &mountPoint, const QString &newName)
 {
-    return KVDiskutilCommand({QStringLiteral("rename"), mountPoint, newName}, std::nullopt, "Renaming Volume failed",
-                             "diskutil mount ended abnormally.", Output::AsPrinted,
+    return KVDiskutilCommand({QStringLiteral("rename"), mountPoint, newName}, std::nullopt,
+                             QT_TRANSLATE_NOOP("Korvelle", "Renaming Volume failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil mount ended abnormally."), Output::AsPrinted,
                              [](const QString &output) -> std::optional<Failure> {
                                  if (output.startsWith(u"Volume on") && output.contains(u"renamed to"))
                                      return std::nullopt;
                                  if (output.contains(u"Could not find disk for"))
-                                     return failure("Disk doesn't exist", KVAppErrorCode::DiskNotFound);
+                                     return failure(KVLocalization::tr("Disk doesn't exist"),
+                                                    KVAppErrorCode::DiskNotFound);
                                  if (output.contains(u"does not appear to be a valid volume name for its file system"))
-                                     return failure("This is not a valid volume name", KVAppErrorCode::InvalidVolumeName);
+                                     return failure(KVLocalization::tr("This is not a valid volume name"),
+                                                    KVAppErrorCode::InvalidVolumeName);
                                  return toolText(output);
                              });
 }
@@ -135,8 +144,9 @@ KVDiskutilCommand KVDiskutilCommand::changeVolumePassphrase(const QString &logic
 {
     QStringList arguments = withPassphraseSwitch(
         {QStringLiteral("cs"), QStringLiteral("changeVolumePassphrase"), logicalVolumeUUID}, oldAndNew);
-    return KVDiskutilCommand(std::move(arguments), std::move(oldAndNew), "Changing password failed",
-                             "diskutil ended abnormally.", Output::AsPrinted,
+    return KVDiskutilCommand(std::move(arguments), std::move(oldAndNew),
+                             QT_TRANSLATE_NOOP("Korvelle", "Changing password failed"),
+                             QT_TRANSLATE_NOOP("Korvelle", "diskutil ended abnormally."), Output::AsPrinted,
                              coreStorageVerdict(QStringLiteral("Unable to change the Core Storage passphrase")));
 }
 

@@ -13,13 +13,13 @@ const QString CoreStorageVolumeKey = QStringLiteral("com.apple.corestorage.lv");
 KVStorageReport KVStorageReport::read(const QString &systemProfiler, AbnormalExit abnormalExit)
 {
     KVToolRun run(systemProfiler, {QStringLiteral("SPStorageDataType"), QStringLiteral("-xml")},
-                  kvLocalized("Error executing system_profiler command"),
-                  kvLocalized("system_profiler ended abnormally."));
+                  KVLocalization::tr("Error executing system_profiler command"),
+                  KVLocalization::tr("system_profiler ended abnormally."));
     run.setAbnormalExitOverridesMessage(abnormalExit == AbnormalExit::OverridesMessage);
     KVStorageReport report;
     report.error = run.runWholeOutput([&](const QByteArray &output) {
         if (std::optional<QVariant> decoded =
-                run.decodePropertyList(output, kvLocalized("system_profiler output is not a property list.")))
+                run.decodePropertyList(output, KVLocalization::tr("system_profiler output is not a property list.")))
             report.volumes = volumesOf(*decoded);
     });
     return report;

@@ -58,8 +58,8 @@ public:
             [&](KVToolRun &run, const QByteArray &output) {
                 if (output.startsWith("Could not find disk")) {
                     KVSystemLog::write(QStringLiteral("Error diskutil info: Could not find disk"));
-                    run.failWithSystemError(kvLocalized("Error diskutil info: Could not find disk"),
-                                               static_cast<int>(KVAppErrorCode::DiskNotFound));
+                    run.failWithSystemError(KVLocalization::tr("Error diskutil info: Could not find disk"),
+                                            static_cast<int>(KVAppErrorCode::DiskNotFound));
                     return;
                 }
                 result = decode(run, output);
@@ -71,7 +71,8 @@ public:
     {
         if (!m_message)
             return std::nullopt;
-        return KVAppError(NSCocoaErrorDomain, m_code, kvLocalized("Error executing diskutil command"), *m_message);
+        return KVAppError(NSCocoaErrorDomain, m_code, KVLocalization::tr("Error executing diskutil command"),
+                          *m_message);
     }
 
 private:
@@ -79,13 +80,13 @@ private:
 
     static std::optional<QVariant> decode(KVToolRun &run, const QByteArray &output)
     {
-        return run.decodePropertyList(output, kvLocalized("diskutil output is not a property list."));
+        return run.decodePropertyList(output, KVLocalization::tr("diskutil output is not a property list."));
     }
 
     void run(const QStringList &arguments, const Handler &handler)
     {
-        KVToolRun run(m_diskutil, arguments, kvLocalized("Error executing diskutil command"),
-                      kvLocalized("diskutil ended abnormally."));
+        KVToolRun run(m_diskutil, arguments, KVLocalization::tr("Error executing diskutil command"),
+                      KVLocalization::tr("diskutil ended abnormally."));
         bool recognised = false;
         const KVOptionalError error = run.runWholeOutput([&](const QByteArray &output) {
             handler(run, output);

@@ -244,8 +244,8 @@ void KVDiskImage::unmountVolume(const KVVolumeItemPtr &item, bool force, ErrorBl
     } else if (!item->mountPoint().isEmpty()) {
         detach(item->mountPoint(), force, std::move(errorBlock));
     } else {
-        errorBlock(KVAppError(KVAppErrorCode::NoMountPoint, kvLocalized("Unmount failed"),
-                              kvLocalized("Volume has no mount point")));
+        errorBlock(KVAppError(KVAppErrorCode::NoMountPoint, KVLocalization::tr("Unmount failed"),
+                              KVLocalization::tr("Volume has no mount point")));
     }
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 QString abnormalEnd()
 {
-    return kvLocalized("hdiutil ended abnormally.");
+    return KVLocalization::tr("hdiutil ended abnormally.");
 }
 
 } // namespace
@@ -21,7 +21,7 @@ KVHdiutil::KVHdiutil(QString program)
 KVHdiutil::PropertyList KVHdiutil::info() const
 {
     KVToolRun run(m_program, {QStringLiteral("info"), QStringLiteral("-plist")},
-                  kvLocalized("Error executing hdiutil command"), abnormalEnd());
+                  KVLocalization::tr("Error executing hdiutil command"), abnormalEnd());
     PropertyList result;
     result.error = run.runWholeOutput(
         [&](const QByteArray &output) { result.value = KVHdiutilOutput::judgeInfo(run, output); });
@@ -39,7 +39,7 @@ KVOptionalError KVHdiutil::attach(const QString &imagePath, KVSecret password, b
     if (mountRoot)
         arguments << QStringLiteral("-mountroot") << *mountRoot;
 
-    KVToolRun run(m_program, arguments, kvLocalized("Mounting Disk Image failed"), abnormalEnd());
+    KVToolRun run(m_program, arguments, KVLocalization::tr("Mounting Disk Image failed"), abnormalEnd());
     run.passPassword(std::move(password));
     return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeAttach(run, output); });
 }
@@ -51,7 +51,7 @@ KVOptionalError KVHdiutil::detach(const QString &deviceOrPath, bool force) const
         arguments << QStringLiteral("-force");
     arguments << deviceOrPath;
 
-    KVToolRun run(m_program, arguments, kvLocalized("Unmount failed"), abnormalEnd());
+    KVToolRun run(m_program, arguments, KVLocalization::tr("Unmount failed"), abnormalEnd());
     return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeDetach(run, output); });
 }
 
@@ -59,9 +59,9 @@ KVOptionalError KVHdiutil::create(const QString &pathWithoutExtension, std::opti
                                   const QString &volumeName, const QString &encryption, bool attach, KVSecret password,
                                   const LineHandler &onLine) const
 {
-    const QString title = kvLocalized("Disk Image creation failed");
+    const QString title = KVLocalization::tr("Disk Image creation failed");
     if (pathWithoutExtension.isEmpty())
-        return KVAppError(KVAppErrorCode::NoPath, title, kvLocalized("There is no path parameter"));
+        return KVAppError(KVAppErrorCode::NoPath, title, KVLocalization::tr("There is no path parameter"));
 
     QStringList arguments{QStringLiteral("create"), QStringLiteral("-verbose"), QStringLiteral("-puppetstrings"),
                           QStringLiteral("-fs"), QStringLiteral("Journaled HFS+"), QStringLiteral("-type"),
@@ -95,7 +95,7 @@ KVOptionalError KVHdiutil::changePassword(const QString &imagePath, KVSecret pas
     KVToolRun run(m_program,
                   {QStringLiteral("chpass"), QStringLiteral("-oldstdinpass"), QStringLiteral("-newstdinpass"),
                    QStringLiteral("-verbose"), imagePath},
-                  kvLocalized("Changing password failed"), abnormalEnd());
+                  KVLocalization::tr("Changing password failed"), abnormalEnd());
     run.setStandardInput(std::move(passwords));
     return run.runWholeOutput(
         [&run](const QByteArray &output) { KVHdiutilOutput::judgeChangePassword(run, output); });
@@ -103,7 +103,7 @@ KVOptionalError KVHdiutil::changePassword(const QString &imagePath, KVSecret pas
 
 KVOptionalError KVHdiutil::eraseKeys(const QString &imagePath) const
 {
-    KVToolRun run(m_program, {QStringLiteral("erasekeys"), imagePath}, kvLocalized("Erasing Keys failed"),
+    KVToolRun run(m_program, {QStringLiteral("erasekeys"), imagePath}, KVLocalization::tr("Erasing Keys failed"),
                   abnormalEnd());
     return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeEraseKeys(run, output); });
 }
@@ -111,7 +111,7 @@ KVOptionalError KVHdiutil::eraseKeys(const QString &imagePath) const
 KVHdiutil::PropertyList KVHdiutil::limits(const QString &imagePath, KVSecret password) const
 {
     KVToolRun run(m_program, {QStringLiteral("resize"), QStringLiteral("-limits"), QStringLiteral("-plist"), imagePath},
-                  kvLocalized("Acquiring limits information failed"), abnormalEnd());
+                  KVLocalization::tr("Acquiring limits information failed"), abnormalEnd());
     run.passPassword(std::move(password));
     PropertyList result;
     result.error = run.runWholeOutput(
@@ -126,7 +126,7 @@ KVOptionalError KVHdiutil::resize(const QString &imagePath, std::optional<float>
         arguments << QStringLiteral("-size") << megabytes(*sizeInM);
     arguments << imagePath;
 
-    KVToolRun run(m_program, arguments, kvLocalized("Resizing failed"), abnormalEnd());
+    KVToolRun run(m_program, arguments, KVLocalization::tr("Resizing failed"), abnormalEnd());
     // At the third place like every password, which puts it between "-size"
     // and its value; hdiutil reads its options that way too.
     run.passPassword(std::move(password));
@@ -137,7 +137,7 @@ KVOptionalError KVHdiutil::compact(const QString &imagePath, KVSecret password) 
 {
     KVToolRun run(m_program,
                   {QStringLiteral("compact"), QStringLiteral("-batteryallowed"), QStringLiteral("-verbose"), imagePath},
-                  kvLocalized("Compact failed"), abnormalEnd());
+                  KVLocalization::tr("Compact failed"), abnormalEnd());
     run.passPassword(std::move(password), 1);
     return run.runWholeOutput([&run](const QByteArray &output) { KVHdiutilOutput::judgeCompact(run, output); });
 }

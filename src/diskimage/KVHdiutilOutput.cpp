@@ -11,7 +11,7 @@ namespace {
 
 QString notPropertyList()
 {
-    return kvLocalized("hdiutil output is not a property list.");
+    return KVLocalization::tr("hdiutil output is not a property list.");
 }
 
 // hdiutil ends a failure with its own summary ("hdiutil: attach failed - ..."),
@@ -34,11 +34,11 @@ bool judgeResizeFailure(KVToolRun &run, const QString &text, bool mountedIsKnown
     if (!text.contains(u"resize: failed"))
         return false;
     if (text.endsWith(u"(80)"))
-        run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
+        run.fail(KVLocalization::tr("Wrong Password"), KVAppErrorCode::WrongPassword);
     else if (text.endsWith(u"(2)"))
-        run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
     else if (mountedIsKnown && text.endsWith(u"(35)"))
-        run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
+        run.fail(KVLocalization::tr("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
     else
         run.fail(kvLocalized(text), KVAppErrorCode::ToolMessage);
     return true;
@@ -66,13 +66,13 @@ void judgeAttach(KVToolRun &run, const QByteArray &output)
     // Plain substring tests in this order: any code that begins with a 2
     // (22, say) reads as a missing image.
     if (text.contains(u"DIHLDiskImageAttach() returned 80"))
-        run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
+        run.fail(KVLocalization::tr("Wrong Password"), KVAppErrorCode::WrongPassword);
     else if (text.contains(u"DIHLDiskImageAttach() returned 2"))
-        run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
     else if (text.contains(u"DIHLDiskImageAttach() returned 112"))
-        run.fail(kvLocalized("Invalid Mount Path"), KVAppErrorCode::InvalidMountPath);
+        run.fail(KVLocalization::tr("Invalid Mount Path"), KVAppErrorCode::InvalidMountPath);
     else if (text.contains(u"DIHLDiskImageAttach() returned 16"))
-        run.fail(kvLocalized("Resource busy, Disk Image may already be mounted."), KVAppErrorCode::ResourceBusy);
+        run.fail(KVLocalization::tr("Resource busy, Disk Image may already be mounted."), KVAppErrorCode::ResourceBusy);
     else
         failWithLastLine(run, text);
 }
@@ -85,11 +85,11 @@ void judgeDetach(KVToolRun &run, const QByteArray &output)
     if (text.contains(u"unmounted.") && text.contains(u"ejected."))
         return;
     if (text.contains(u"hdiutil: detach: result: 2"))
-        run.fail(kvLocalized("Disk Volume point doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Volume point doesn't exist"), KVAppErrorCode::NotFound);
     else if (!text.contains(u"hdiutil: couldn't unmount"))
         failWithLastLine(run, text);
     else
-        run.fail(kvLocalized("Resource busy, Volume may still be used."), KVAppErrorCode::ResourceBusy);
+        run.fail(KVLocalization::tr("Resource busy, Volume may still be used."), KVAppErrorCode::ResourceBusy);
 }
 
 void judgeCreateLine(KVToolRun &run, const QString &line)
@@ -98,9 +98,9 @@ void judgeCreateLine(KVToolRun &run, const QString &line)
     // summary line that follows it, so it replaces anything found before.
     if (line.contains(u"DIHLDiskImageCreate() returned")) {
         if (line.contains(u"DIHLDiskImageCreate() returned 2"))
-            run.fail(kvLocalized("File or directory doesn't exist"), KVAppErrorCode::NotFound);
+            run.fail(KVLocalization::tr("File or directory doesn't exist"), KVAppErrorCode::NotFound);
         else if (line.contains(u"DIHLDiskImageCreate() returned 17"))
-            run.fail(kvLocalized("File already exists."), KVAppErrorCode::FileExists);
+            run.fail(KVLocalization::tr("File already exists."), KVAppErrorCode::FileExists);
     }
     if (line.contains(u"create failed") && !run.hasFailed())
         run.fail(kvLocalized(line), KVAppErrorCode::ToolMessage);
@@ -112,11 +112,11 @@ void judgeChangePassword(KVToolRun &run, const QByteArray &output)
     if (!text.contains(u"chpass failed"))
         return;
     if (text.contains(u"hdiutil: chpass: result: 80"))
-        run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
+        run.fail(KVLocalization::tr("Wrong Password"), KVAppErrorCode::WrongPassword);
     else if (!text.contains(u"hdiutil: chpass: result: 2"))
         failWithLastLine(run, text);
     else
-        run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
 }
 
 void judgeEraseKeys(KVToolRun &run, const QByteArray &output)
@@ -125,7 +125,7 @@ void judgeEraseKeys(KVToolRun &run, const QByteArray &output)
     if (!text.contains(u"erasekeys failed"))
         return;
     if (text.contains(u"hdiutil: erasekeys: result: 2"))
-        run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
     else
         failWithLastLine(run, text);
 }
@@ -141,13 +141,13 @@ void judgeCompact(KVToolRun &run, const QByteArray &output)
     if (!text.contains(u"compact failed"))
         return;
     if (text.contains(u"hdiutil: compact: result: 80"))
-        run.fail(kvLocalized("Wrong Password"), KVAppErrorCode::WrongPassword);
+        run.fail(KVLocalization::tr("Wrong Password"), KVAppErrorCode::WrongPassword);
     else if (text.contains(u"hdiutil: compact: result: 2"))
-        run.fail(kvLocalized("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
+        run.fail(KVLocalization::tr("Disk Image doesn't exist"), KVAppErrorCode::NotFound);
     else if (!text.contains(u"hdiutil: compact: result: 35"))
         failWithLastLine(run, text);
     else
-        run.fail(kvLocalized("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
+        run.fail(KVLocalization::tr("Disk Image is mounted"), KVAppErrorCode::ImageMounted);
 }
 
 } // namespace KVHdiutilOutput

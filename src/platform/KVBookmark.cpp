@@ -51,8 +51,8 @@ std::optional<FileIdentity> identityOf(const QByteArray &path, int flags = 0)
 
 KVAppError noSuchFile(const QString &path)
 {
-    return KVAppError(NSCocoaErrorDomain, NoSuchFileError, kvLocalized("The file couldn’t be opened."),
-                      kvLocalized("The file “%1” couldn’t be opened because there is no such file.")
+    return KVAppError(NSCocoaErrorDomain, NoSuchFileError, KVLocalization::tr("The file couldn’t be opened."),
+                      KVLocalization::tr("The file “%1” couldn’t be opened because there is no such file.")
                           .arg(QFileInfo(path).fileName()));
 }
 
@@ -151,8 +151,9 @@ KVResult<KVBookmark::Record> KVBookmark::read(const QByteArray &bookmark)
     const QVariantMap fields = KVValue::dictionary(KVPropertyList::decode(bookmark).value_or(QVariant()));
     const QString path = KVValue::pathValue(fields.value(QStringLiteral("path")));
     if (path.isEmpty() || KVValue::integerValue(fields.value(QStringLiteral("version"))) > Version)
-        return KVAppError(NSCocoaErrorDomain, FileReadCorruptFileError, kvLocalized("The file couldn’t be opened."),
-                          kvLocalized("The reference to the file is damaged."));
+        return KVAppError(NSCocoaErrorDomain, FileReadCorruptFileError,
+                          KVLocalization::tr("The file couldn’t be opened."),
+                          KVLocalization::tr("The reference to the file is damaged."));
     return Record{path, quint64(KVValue::integerValue(fields.value(QStringLiteral("device")))),
                   quint64(KVValue::integerValue(fields.value(QStringLiteral("inode")))),
                   KVValue::integerValue(fields.value(QStringLiteral("birthTime")))};
@@ -180,7 +181,7 @@ KVOptionalError KVBookmark::checkReachable(const QString &path)
     const int error = errno;
     if (error == ENOENT)
         return noSuchFile(path);
-    return KVAppError(NSCocoaErrorDomain, error, kvLocalized("The file couldn’t be opened."),
-                      kvLocalized("The file “%1” couldn’t be opened: %2.")
+    return KVAppError(NSCocoaErrorDomain, error, KVLocalization::tr("The file couldn’t be opened."),
+                      KVLocalization::tr("The file “%1” couldn’t be opened: %2.")
                           .arg(QFileInfo(path).fileName(), QString::fromLocal8Bit(std::strerror(error))));
 }

@@ -200,7 +200,8 @@ std::optional<QVariant> KVPropertyList::decode(const QByteArray &data, KVPropert
     std::optional<QVariant> value = root ? toVariant(plist_t(root.get()), 0) : std::nullopt;
     if (!value && error) {
         error->code = ReadCorruptError;
-        error->description = kvLocalized("The data couldn’t be read because it isn’t in the correct format.");
+        error->description =
+            KVLocalization::tr("The data couldn’t be read because it isn’t in the correct format.");
     }
     return value;
 }

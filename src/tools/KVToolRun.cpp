@@ -102,7 +102,7 @@ void KVToolRun::recordReadFailure()
     KVSystemLog::write(QStringLiteral("FileHandle error: %1")
                            .arg(KVAppError(NSCocoaErrorDomain, m_exit.readError, m_title, reason)
                                     .debugDescription()));
-    failWithSystemError(kvLocalized("FileHandle error."), m_exit.readError);
+    failWithSystemError(KVLocalization::tr("FileHandle error."), m_exit.readError);
 }
 
 void KVToolRun::recordLaunchFailure()
@@ -110,9 +110,9 @@ void KVToolRun::recordLaunchFailure()
     // A program that is not there is the usual case (an installation with a
     // file removed): say that plainly rather than quote the system's words.
     const QString reason = m_exit.launchError == ENOENT
-                               ? kvLocalized("The program %1 is missing, so Korvelle cannot run it.")
+                               ? KVLocalization::tr("The program %1 is missing, so Korvelle cannot run it.")
                                      .arg(m_invocation.program)
-                               : kvLocalized("%1 could not be started (%2).")
+                               : KVLocalization::tr("%1 could not be started (%2).")
                                      .arg(m_invocation.program,
                                           QString::fromLocal8Bit(std::strerror(m_exit.launchError)));
     failWithSystemError(reason, m_exit.launchError);

@@ -133,8 +133,9 @@ void KVChangePasswordController::changePassword()
     } else if (type == KVVolumeKind::Disk && m_disks) {
         m_disks->changePassword(m_currentSelection, oldPassword, newPassword, done);
     } else {
-        KVAlert::showError(parentWidget(), KVAppError(KVAppErrorCode::NotAValidVolume, kvLocalized("Changing password failed"),
-                                                      kvLocalized("Not a valid volume")));
+        KVAlert::showError(parentWidget(),
+                           KVAppError(KVAppErrorCode::NotAValidVolume, KVLocalization::tr("Changing password failed"),
+                                      KVLocalization::tr("Not a valid volume")));
         endSheet(int(KVSheetReturnCode::Cancelled));
         reset();
     }

@@ -32,9 +32,9 @@ const QString PercentPrefix = QStringLiteral("PERCENT:");
 
 KVFinishScreen::Texts successTexts()
 {
-    return {kvLocalized("Disk Image Creation was Successful"), kvLocalized("Successful"),
-            kvLocalized("Your Disk Image is now ready for use. Wasn't that hard, was it? It will be automatically "
-                        "mounted for you if you like to.")};
+    return {KVLocalization::tr("Disk Image Creation was Successful"), KVLocalization::tr("Successful"),
+            KVLocalization::tr("Your Disk Image is now ready for use. Wasn't that hard, was it? It will be "
+                               "automatically mounted for you if you like to.")};
 }
 
 // Runs on the engine's queue: unlinking a file on a slow or network folder must not stall the window.
@@ -49,7 +49,7 @@ KVOptionalError removeExistingFile(const QString &path)
     if (!error)
         error = std::make_error_code(std::errc::operation_not_permitted);
     return KVAppError(NSCocoaErrorDomain, error.value(),
-                      kvLocalized("The existing file \u201c%1\u201d couldn\u2019t be removed.")
+                      KVLocalization::tr("The existing file \u201c%1\u201d couldn\u2019t be removed.")
                           .arg(QFileInfo(path).fileName()),
                       QString::fromStdString(error.message()));
 }
@@ -218,10 +218,10 @@ void KVCreateImageWizardController::reset()
 void KVCreateImageWizardController::updateButtons()
 {
     static constexpr ButtonState Continue[] = {
-        {"Continue", "continue", true},
-        {"Create", "create", false},
-        {"Create", "continue", false},
-        {"Finish", "exit", true},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Continue"), "continue", true},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Create"), "create", false},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Create"), "continue", false},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Finish"), "exit", true},
     };
     const int step = qBound(0, currentStep(), 3);
     applyButtonState(m_ui->continueButton, Continue[step]);
@@ -254,8 +254,8 @@ void KVCreateImageWizardController::createImage()
     auto password = std::make_shared<KVSensitiveString>(QString(typed.constData(), typed.size()));
     m_ui->newPasswordForm->cleanPasswords();
     if (!m_di) {
-        failAfter(KVAppError(KVAppErrorCode::NoPath, kvLocalized("Disk Image creation failed"),
-                             kvLocalized("Korvelle cannot reach its disk image tool.")),
+        failAfter(KVAppError(KVAppErrorCode::NoPath, KVLocalization::tr("Disk Image creation failed"),
+                             KVLocalization::tr("Korvelle cannot reach its disk image tool.")),
                   FailureScreenDelayMs);
         return;
     }

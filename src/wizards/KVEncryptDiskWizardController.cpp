@@ -22,9 +22,9 @@ constexpr int FailureScreenDelayMs = 800;
 
 KVFinishScreen::Texts successTexts()
 {
-    return {kvLocalized("Preparing Disk for Encryption was Successful"), kvLocalized("Successful"),
-            kvLocalized("The Disk is now prepared for encrypting. The actual encrypting will be happening in the "
-                        "background. You can follow the progress in the \u201cMounted\u201d list.")};
+    return {KVLocalization::tr("Preparing Disk for Encryption was Successful"), KVLocalization::tr("Successful"),
+            KVLocalization::tr("The Disk is now prepared for encrypting. The actual encrypting will be happening "
+                               "in the background. You can follow the progress in the \u201cMounted\u201d list.")};
 }
 
 } // namespace
@@ -96,10 +96,10 @@ bool KVEncryptDiskWizardController::isStageLine(const QString &line)
 void KVEncryptDiskWizardController::updateButtons()
 {
     static constexpr ButtonState Continue[] = {
-        {"Continue", "continue", false},
-        {"Encrypt", "create", false},
-        {"Encrypt", "create", false},
-        {"Finish", "exit", true},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Continue"), "continue", false},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Encrypt"), "create", false},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Encrypt"), "create", false},
+        {QT_TRANSLATE_NOOP("KVSlidingWizard", "Finish"), "exit", true},
     };
     const int step = qBound(0, currentStep(), 3);
     applyButtonState(m_ui->continueButton, Continue[step]);
@@ -135,7 +135,7 @@ void KVEncryptDiskWizardController::encrypt()
     m_ui->newPasswordForm->cleanPasswords();
     if (!disks()) {
         encryptionProgress(std::nullopt, true,
-                           KVAppError(KVAppErrorCode::DiskNotFound, kvLocalized("Encrypting failed"),
+                           KVAppError(KVAppErrorCode::DiskNotFound, KVLocalization::tr("Encrypting failed"),
                                       tr("Korvelle cannot reach its disk tools.")));
         return;
     }

@@ -38,23 +38,21 @@ KVMountDiskController::~KVMountDiskController() = default;
 
 QString KVMountDiskController::statusText(const KVVolumeItem &item)
 {
-    return item.locked() ? QStringLiteral("Locked") : QStringLiteral("Unlocked");
+    return item.locked() ? tr("Locked") : tr("Unlocked");
 }
 
 void KVMountDiskController::updateButtons()
 {
     // Only the steps' own rows: the sliding mechanics may ask while a slide ends.
+    static constexpr ButtonState NothingChosen{QT_TRANSLATE_NOOP("KVSlidingWizard", "Continue"), "continue", false};
+    static constexpr ButtonState Unlock{QT_TRANSLATE_NOOP("KVSlidingWizard", "Continue"), "continue", true};
+    static constexpr ButtonState Mount{QT_TRANSLATE_NOOP("KVSlidingWizard", "Mount"), "mount", true};
     const KVVolumeItemPtr item = diskTable() ? diskTable()->selectedItem() : nullptr;
     if (currentStep() == 0) {
-        if (!item)
-            applyButtonState(m_ui->continueButton, {"Continue", "continue", false});
-        else if (item->locked())
-            applyButtonState(m_ui->continueButton, {"Continue", "continue", true});
-        else
-            applyButtonState(m_ui->continueButton, {"Mount", "mount", true});
+        applyButtonState(m_ui->continueButton, !item ? NothingChosen : item->locked() ? Unlock : Mount);
         m_ui->goBackButton->setEnabled(false);
     } else {
-        applyButtonState(m_ui->continueButton, {"Mount", "mount", true});
+        applyButtonState(m_ui->continueButton, Mount);
         m_ui->goBackButton->setEnabled(true);
     }
 }

@@ -39,7 +39,7 @@ int KVSlidingWizard::currentStep() const
 
 void KVSlidingWizard::applyButtonState(QPushButton *button, const ButtonState &state)
 {
-    button->setText(QString::fromLatin1(state.title));
+    button->setText(tr(state.title));
     button->setProperty("identifier", QString::fromLatin1(state.identifier));
     button->setEnabled(state.enabled);
 }
