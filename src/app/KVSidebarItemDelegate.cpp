@@ -93,13 +93,14 @@ QRect KVSidebarItemDelegate::partRect(const KVSidebarModel &model, const QModelI
         if (const KVVolumeItemPtr volume = model.volume(index); volume && KVMountedCellView::hasUnmountButton(*volume))
             return KVMountedCellView::layout(row).unmountButton;
         return {};
+    // The two buttons share the row, each wide enough for a translated title.
     case Part::AddFolderButton:
         if (model.holds<KVOutlineFavouriteMenu>(index))
-            return QRect(row.left() + 8, centre - 11, 112, 22);
+            return QRect(row.left() + 8, centre - 11, qMax(112, row.width() - 126), 22);
         return {};
     case Part::RemoveButton:
         if (model.holds<KVOutlineFavouriteMenu>(index))
-            return QRect(row.right() - 96, centre - 12, 86, 24);
+            return QRect(row.right() - 110, centre - 12, 100, 24);
         return {};
     case Part::Row:
         return index.isValid() ? row : QRect();
@@ -234,7 +235,10 @@ void KVSidebarItemDelegate::paintFavouriteMenu(QPainter *painter, const QStyleOp
     KVSidebarStyle::paintArtwork(painter, QStringLiteral("AddFolderIcon"),
                                  QRect(add.left() + 16, middle(add) - 5, 11, 11), addColour);
     painter->setPen(addColour);
-    drawElided(painter, add.adjusted(39, 0, 0, 0), index.data().toString(), Qt::ElideRight);
+    // The title may run on across the row while the remove button is hidden.
+    const int titleRight = m_interaction->removeButtonShown ? add.right() : row.right() - 10;
+    drawElided(painter, QRect(QPoint(add.left() + 39, add.top()), QPoint(titleRight, add.bottom())),
+               index.data().toString(), Qt::ElideRight);
 
     if (m_interaction->removeButtonShown) {
         const QRect remove = partRect(model, index, row, Part::RemoveButton);

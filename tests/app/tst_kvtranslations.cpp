@@ -39,12 +39,12 @@ QList<CatalogueEntry> readCatalogue(const QString &path)
         if (xml.name() == u"name") {
             context = xml.readElementText();
         } else if (xml.name() == u"message") {
-            plural = xml.attributes().value(u"numerus") == u"yes";
+            plural = xml.attributes().value(QLatin1String("numerus")) == u"yes";
             entries.append({context, {}, {}, {}});
         } else if (xml.name() == u"source") {
             entries.last().source = xml.readElementText();
         } else if (xml.name() == u"translation") {
-            entries.last().state = xml.attributes().value(u"type").toString();
+            entries.last().state = xml.attributes().value(QLatin1String("type")).toString();
             if (!plural)
                 entries.last().translations.append(xml.readElementText());
         } else if (xml.name() == u"numerusform") {
@@ -89,6 +89,8 @@ QStringList menuTitles(const KVMainWindow &window)
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(CatalogueEntry)
 
 class TestKVTranslations : public QObject
 {
@@ -183,8 +185,6 @@ private Q_SLOTS:
         }
     }
 };
-
-Q_DECLARE_METATYPE(CatalogueEntry)
 
 QTEST_MAIN(TestKVTranslations)
 #include "tst_kvtranslations.moc"
