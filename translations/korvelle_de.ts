@@ -454,6 +454,17 @@
     </message>
 </context>
 <context>
+    <name>KVDiskListWizard</name>
+    <message>
+        <source>The disks cannot be listed</source>
+        <translation>Die Laufwerke können nicht aufgelistet werden</translation>
+    </message>
+    <message>
+        <source>Korvelle cannot reach its disk tools.</source>
+        <translation>Korvelle kann seine Laufwerkswerkzeuge nicht erreichen.</translation>
+    </message>
+</context>
+<context>
     <name>KVEncryptDiskWizardController</name>
     <message>
         <source>Result</source>
@@ -470,10 +481,6 @@
     <message>
         <source>Name</source>
         <translation>Name</translation>
-    </message>
-    <message>
-        <source>The disks cannot be listed</source>
-        <translation>Die Laufwerke können nicht aufgelistet werden</translation>
     </message>
     <message>
         <source>Korvelle cannot reach its disk tools.</source>
@@ -577,12 +584,12 @@
         <translation>Status</translation>
     </message>
     <message>
-        <source>The disks cannot be listed</source>
-        <translation>Die Laufwerke können nicht aufgelistet werden</translation>
+        <source>Locked</source>
+        <translation>Gesperrt</translation>
     </message>
     <message>
-        <source>Korvelle cannot reach its disk tool.</source>
-        <translation>Korvelle kann sein Laufwerkswerkzeug nicht erreichen.</translation>
+        <source>Unlocked</source>
+        <translation>Entsperrt</translation>
     </message>
 </context>
 <context>

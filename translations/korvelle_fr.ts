@@ -454,6 +454,17 @@
     </message>
 </context>
 <context>
+    <name>KVDiskListWizard</name>
+    <message>
+        <source>The disks cannot be listed</source>
+        <translation>Impossible de lister les disques</translation>
+    </message>
+    <message>
+        <source>Korvelle cannot reach its disk tools.</source>
+        <translation>Korvelle ne trouve pas ses outils de disque.</translation>
+    </message>
+</context>
+<context>
     <name>KVEncryptDiskWizardController</name>
     <message>
         <source>Result</source>
@@ -470,10 +481,6 @@
     <message>
         <source>Name</source>
         <translation>Nom</translation>
-    </message>
-    <message>
-        <source>The disks cannot be listed</source>
-        <translation>Impossible de lister les disques</translation>
     </message>
     <message>
         <source>Korvelle cannot reach its disk tools.</source>
@@ -577,12 +584,12 @@
         <translation>État</translation>
     </message>
     <message>
-        <source>The disks cannot be listed</source>
-        <translation>Impossible de lister les disques</translation>
+        <source>Locked</source>
+        <translation>Verrouillé</translation>
     </message>
     <message>
-        <source>Korvelle cannot reach its disk tool.</source>
-        <translation>Korvelle ne trouve pas son outil de disque.</translation>
+        <source>Unlocked</source>
+        <translation>Déverrouillé</translation>
     </message>
 </context>
 <context>
