@@ -1169,6 +1169,10 @@
         <source>Encrypting failed</source>
         <translation>Verschlüsseln fehlgeschlagen</translation>
     </message>
+    <message>
+        <source>The program %1 is missing, so Korvelle cannot run it.</source>
+        <translation>Das Programm %1 fehlt, daher kann Korvelle es nicht ausführen.</translation>
+    </message>
 </context>
 <context>
     <name>MountDisk</name>

@@ -1169,6 +1169,10 @@
         <source>Encrypting failed</source>
         <translation>Échec du chiffrement</translation>
     </message>
+    <message>
+        <source>The program %1 is missing, so Korvelle cannot run it.</source>
+        <translation>Le programme %1 est absent, Korvelle ne peut donc pas l’exécuter.</translation>
+    </message>
 </context>
 <context>
     <name>MountDisk</name>
