@@ -93,11 +93,10 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
     const quint64 blockSize = superblock->blockSize;
     const quint64 room = KVLuksPartition::headerRoom;
     const quint64 target = partition->size > qint64(room) ? (quint64(partition->size) - room) / blockSize : 0;
-    const auto minimum = KVExt4::minimumBlocks(partition->node());
-    if (!minimum || *minimum > target)
+    // resize2fs -P overestimates small file systems badly; resize2fs itself
+    // refuses, leaving the file system as it was, when the data do not fit.
+    if (target == 0 || (superblock->blockCount > target && KVExt4::resize(partition->node(), target)))
         return failMounted(QStringLiteral("There is not enough free space on the volume to make room for the Core Storage headers"));
-    if (superblock->blockCount > target && KVExt4::resize(partition->node(), target))
-        return failMounted(QStringLiteral("The file system could not be shrunk"));
 
     m_out.line(QStringLiteral("Creating Core Storage Logical Volume Group"));
     KVLuksPartition header(partition->node());
