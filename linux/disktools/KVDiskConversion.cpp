@@ -2,11 +2,13 @@
 
 #include "KVBlockDevice.h"
 #include "KVConversionLock.h"
+#include "KVDetachedHeaders.h"
 #include "KVExt4.h"
 #include "KVKeyringSecret.h"
 #include "platform/KVMountTable.h"
 #include "KVSpawn.h"
 #include "KVVolumeAccess.h"
+#include "KVVolumeFolder.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -22,6 +24,7 @@ namespace {
 constexpr int unsupportedFileSystem = -69756;
 constexpr int alreadyEncrypted = -69753;
 constexpr int otherFailure = -69845;
+constexpr int unlockFailure = -69749;
 
 } // namespace
 
@@ -53,7 +56,7 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
         return fail(QStringLiteral("No place for the conversion's records"), otherFailure);
     if (KVBlockDevice::isSystemDisk(partition->parentDisk))
         return fail(QStringLiteral("The disk holds the running system"), otherFailure);
-    if (KVLuksPartition::hasHeader(partition->node()))
+    if (KVLuksPartition::hasHeader(partition->node()) || !KVDetachedHeaders::existingFor(*partition).isEmpty())
         return fail(QStringLiteral("The target disk is already in use by Core Storage"), alreadyEncrypted);
     const auto superblock = KVExt4::readSuperblock(partition->node());
     if (!superblock)
@@ -131,6 +134,82 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
     return 0;
 }
 
+int KVDiskConversion::failRevert(const QString &reason, int code) const
+{
+    m_out.error(QStringLiteral("Error: %1: %2").arg(code).arg(reason));
+    return 1;
+}
+
+int KVDiskConversion::revert(const KVEncryptedVolume &volume, const std::optional<KVSecureBytes> &passphrase)
+{
+    m_out.line(QStringLiteral("Started CoreStorage operation on %1 %2").arg(volume.partition.name, volume.name));
+    if (!passphrase)
+        return failRevert(QStringLiteral("Unable to unlock the Core Storage volume: no passphrase specified"), unlockFailure);
+    if (volume.isConverting())
+        return failRevert(QStringLiteral("The volume is being converted already"));
+    const QString state = KVDiskInventory::stateDirectory(true);
+    const QString headerFile = KVDetachedHeaders::pathFor(volume.partition, true);
+    if (state.isEmpty() || headerFile.isEmpty())
+        return failRevert(QStringLiteral("No place for the conversion's records"));
+    KVConversionLock lock(state, volume.partition.number);
+    if (!lock.tryAcquire())
+        return failRevert(QStringLiteral("The volume is being converted already"));
+
+    KVLuksPartition header(volume.partition.node());
+    KVImageResult error = header.load();
+    if (!error)
+        error = header.verify(*passphrase);
+    if (error)
+        return error->code() == KVImageError::Authentication
+            ? failRevert(QStringLiteral("Unable to unlock the Core Storage volume"), unlockFailure)
+            : failRevert(error->reason());
+    // Offline: nothing may use the volume while its blocks move.
+    if (auto closing = KVVolumeAccess(m_environment.imagefs).close(volume))
+        return failRevert(QStringLiteral("Unable to unmount the volume (%1)").arg(closing->reason()));
+    if (auto begun = header.beginDecryption(*passphrase, headerFile))
+        return failRevert(QStringLiteral("The decryption could not be started (%1)").arg(begun->reason()));
+    if (!KVDetachedHeaders::flush(headerFile))
+        return failRevert(QStringLiteral("The volume's header could not be kept safe"));
+
+    KVConversionRecord record;
+    record.luksUuid = volume.luksUuid;
+    record.device = volume.partition.node();
+    record.forward = false;
+    record.total = quint64(volume.partition.size);
+    record.volumeName = volume.name;
+    record.volumeUuid = volume.volumeUuid();
+    record.save(state);
+    if (!KVKeyringSecret(keyDescription(record.luksUuid)).store(*passphrase))
+        return failRevert(QStringLiteral("The passphrase could not be kept for the conversion"));
+    lock.release();
+    if (KVSpawn::detached(m_environment.converter, {volume.partition.node()}) < 0)
+        return failRevert(QStringLiteral("The conversion could not be started"));
+    m_out.line(QStringLiteral("Finished CoreStorage operation on %1 %2").arg(volume.partition.name, volume.name));
+    m_out.line(QStringLiteral("Decryption in progress; use `diskutil coreStorage list` for status"));
+    return 0;
+}
+
+// The data is plain and at the partition's start now: the header file has
+// done its work, the file system gets the header's room back and is mounted.
+int KVDiskConversion::finishDecryption(const KVBlockDevice &partition, const QString &volumeName)
+{
+    QFile::remove(KVDetachedHeaders::pathFor(partition));
+    const auto superblock = KVExt4::readSuperblock(partition.node());
+    if (!superblock || KVExt4::check(partition.node(), true))
+        return 1;
+    KVExt4::resize(partition.node(), quint64(partition.size) / superblock->blockSize);
+    const QString mountPoint = KVVolumeFolder::create(KVVolumeAccess::defaultMountRoot(), volumeName,
+                                                      [](const QString &) {});
+    if (mountPoint.isEmpty())
+        return 1;
+    if (::mount(QFile::encodeName(partition.node()).constData(), QFile::encodeName(mountPoint).constData(), "ext4",
+                MS_NOSUID | MS_NODEV, nullptr) != 0) {
+        QDir().rmdir(mountPoint);
+        return 1;
+    }
+    return 0;
+}
+
 int KVDiskConversion::runConverter(const QString &device, const QString &imagefs)
 {
     const QString state = KVDiskInventory::stateDirectory(true);
@@ -140,15 +219,18 @@ int KVDiskConversion::runConverter(const QString &device, const QString &imagefs
     KVConversionLock lock(state, partition->number);
     if (!lock.acquire())
         return 1;
-    KVLuksPartition header(partition->node());
+    const QString detachedHeader = KVDetachedHeaders::existingFor(*partition);
+    KVLuksPartition header(partition->node(), detachedHeader);
     if (header.load())
         return 1;
     const auto conversion = header.conversion();
     auto record = KVConversionRecord::load(state, header.uuid());
     if (conversion == KVLuksPartition::Conversion::None) {
+        // A decryption whose process ended between its last block and the end.
+        const QString name = record ? record->volumeName : header.label();
         if (record)
             record->remove(state);
-        return 0;
+        return detachedHeader.isEmpty() ? 0 : finishDecryption(*partition, name);
     }
     const KVKeyringSecret secret(keyDescription(header.uuid()));
     const auto passphrase = secret.read();
@@ -179,17 +261,21 @@ int KVDiskConversion::runConverter(const QString &device, const QString &imagefs
     if (header.resume(*passphrase, progress))
         return 1;
 
+    const QString name = record->volumeName.isEmpty() ? header.label() : record->volumeName;
+    int result = 0;
     if (record->forward) {
         KVEncryptedVolume volume;
         volume.partition = *partition;
         volume.luksUuid = header.uuid();
-        volume.name = record->volumeName.isEmpty() ? header.label() : record->volumeName;
+        volume.name = name;
         KVAttachment opened;
         KVVolumeAccess(imagefs).open(volume, *passphrase, KVVolumeAccess::defaultMountRoot(), opened);
+    } else {
+        result = finishDecryption(*partition, name);
     }
     secret.remove();
     record->remove(state);
-    return 0;
+    return result;
 }
 
 void KVDiskConversion::resumeInterrupted(const QList<KVEncryptedVolume> &volumes, const QString &converter)

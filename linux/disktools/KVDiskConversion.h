@@ -30,9 +30,15 @@ public:
     KVDiskConversion(const KVDiskEnvironment &environment, KVToolOutput &out);
 
     int convert(const QString &disk, const std::optional<KVSecureBytes> &passphrase);
+    // "cs revert UUID -stdinpassphrase": decrypts an encrypted partition in
+    // place, offline as well; the volume is closed first and its plain file
+    // system mounted again when the background process is done.
+    int revert(const KVEncryptedVolume &volume, const std::optional<KVSecureBytes> &passphrase);
 
     // The background process's work: converts what is left of the partition
-    // (a conversion killed half way resumes here) and mounts the result.
+    // (a conversion killed half way resumes here) and mounts the result:
+    // the encrypted volume, or after a decryption the plain file system,
+    // grown back over the room the header had.
     static int runConverter(const QString &device, const QString &imagefs);
     // Starts a converter again for every conversion whose process is gone.
     static void resumeInterrupted(const QList<KVEncryptedVolume> &volumes, const QString &converter);
@@ -41,6 +47,8 @@ public:
 
 private:
     int fail(const QString &reason, int code) const;
+    int failRevert(const QString &reason, int code = -69845) const;
+    static int finishDecryption(const KVBlockDevice &partition, const QString &volumeName);
 
     const KVDiskEnvironment &m_environment;
     KVToolOutput &m_out;

@@ -1,6 +1,7 @@
 #include "KVDiskInventory.h"
 
 #include "KVAttachmentRegistry.h"
+#include "KVDetachedHeaders.h"
 #include "KVExt4.h"
 #include "KVFuseDataPath.h"
 #include "platform/KVMountTable.h"
@@ -80,16 +81,20 @@ QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes() const
     }
     QList<KVEncryptedVolume> volumes;
     for (const KVBlockDevice &partition : KVBlockDevice::partitions()) {
-        if (!KVLuksPartition::hasHeader(partition.node()))
+        // Being decrypted, a partition's header is in a file of its own.
+        const QString detachedHeader = KVDetachedHeaders::existingFor(partition);
+        if (detachedHeader.isEmpty() && !KVLuksPartition::hasHeader(partition.node()))
             continue;
-        KVLuksPartition header(partition.node());
+        KVLuksPartition header(partition.node(), detachedHeader);
         if (header.load())
             continue;
         KVEncryptedVolume volume;
         volume.partition = partition;
+        volume.detachedHeader = detachedHeader;
         volume.luksUuid = header.uuid();
         volume.name = header.label();
-        volume.conversion = header.conversion();
+        // Until its file is gone, a decryption is not over.
+        volume.conversion = detachedHeader.isEmpty() ? header.conversion() : KVLuksPartition::Conversion::Decrypting;
         if (!state.isEmpty())
             volume.progress = KVConversionRecord::load(state, volume.luksUuid);
         for (const auto &entry : opened)

@@ -19,6 +19,7 @@ namespace kvlinux {
 struct KVEncryptedVolume
 {
     KVBlockDevice partition;
+    QString detachedHeader; // while it is decrypted
     QString luksUuid;
     QString name;
     KVLuksPartition::Conversion conversion = KVLuksPartition::Conversion::None;

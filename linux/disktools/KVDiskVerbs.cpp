@@ -99,12 +99,14 @@ int KVDiskVerbs::coreStorage(const QStringList &arguments, bool plist)
         return csInfo(operand);
     if (action == QLatin1String("convert") && rest.size() == 2)
         return KVDiskConversion(m_environment, m_out).convert(operand, readPassphrase(withPassphrase));
+    if (action == QLatin1String("revert") && rest.size() == 2)
+        return revert(operand, withPassphrase);
     if (action == QLatin1String("unlockVolume") && rest.size() == 2)
         return unlock(operand, withPassphrase);
     if (action == QLatin1String("changeVolumePassphrase") && rest.size() == 2)
         return changePassphrase(operand, withPassphrase);
     m_out.error(QStringLiteral("Usage:  diskutil coreStorage <verb> <options>\n"
-                               "where <verb> is one of: list info convert unlockVolume changeVolumePassphrase"));
+                               "where <verb> is one of: list info convert revert unlockVolume changeVolumePassphrase"));
     return 1;
 }
 
@@ -173,9 +175,8 @@ int KVDiskVerbs::unlock(const QString &uuid, bool withPassphrase)
     m_out.line(QStringLiteral("Started CoreStorage operation"));
     if (volume->isConverting()) {
         // A conversion that lost its passphrase (a reboot) goes on with this one.
-        KVLuksImage header(volume->partition.node());
-        KVSecureBytes key;
-        if (header.load() || header.unlock(*passphrase, key)) {
+        KVLuksPartition header(volume->partition.node(), volume->detachedHeader);
+        if (header.load() || header.verify(*passphrase)) {
             m_out.error(QStringLiteral("Error: -69749: Unable to unlock the Core Storage volume"));
             return 1;
         }
@@ -204,6 +205,16 @@ int KVDiskVerbs::unlock(const QString &uuid, bool withPassphrase)
     m_out.line(QStringLiteral("Core Storage disk: ") + disk);
     m_out.line(QStringLiteral("Finished CoreStorage operation"));
     return 0;
+}
+
+int KVDiskVerbs::revert(const QString &uuid, bool withPassphrase)
+{
+    const auto volume = m_inventory.findEncrypted(uuid);
+    if (!volume) {
+        m_out.error(QStringLiteral("Unable to find disk for ") + uuid);
+        return 1;
+    }
+    return KVDiskConversion(m_environment, m_out).revert(*volume, readPassphrase(withPassphrase));
 }
 
 int KVDiskVerbs::changePassphrase(const QString &uuid, bool withPassphrase)

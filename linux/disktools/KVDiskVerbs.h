@@ -33,6 +33,7 @@ private:
     int list(bool plist);
     int csInfo(const QString &uuid);
     int info(const QString &identifier, bool plist);
+    int revert(const QString &uuid, bool withPassphrase);
     int unlock(const QString &uuid, bool withPassphrase);
     int changePassphrase(const QString &uuid, bool withPassphrase);
     int mount(const QString &uuid);

@@ -31,8 +31,8 @@ KVImageError failure(int r)
 
 } // namespace
 
-KVLuksPartition::KVLuksPartition(QString node)
-    : m_node(std::move(node))
+KVLuksPartition::KVLuksPartition(QString node, QString detachedHeader)
+    : m_node(std::move(node)), m_detachedHeader(std::move(detachedHeader))
 {
 }
 
@@ -55,7 +55,11 @@ KVImageResult KVLuksPartition::load()
 {
     crypt_free(m_cd);
     m_cd = nullptr;
-    if (const int r = crypt_init(&m_cd, QFile::encodeName(m_node).constData()); r < 0) {
+    const QByteArray node = QFile::encodeName(m_node);
+    const int r = m_detachedHeader.isEmpty()
+        ? crypt_init(&m_cd, node.constData())
+        : crypt_init_data_device(&m_cd, QFile::encodeName(m_detachedHeader).constData(), node.constData());
+    if (r < 0) {
         m_cd = nullptr;
         return KVImageError::fromErrno(-r);
     }
@@ -164,6 +168,47 @@ KVImageResult KVLuksPartition::beginEncryption(const KVSecureBytes &passphrase, 
     QFile::remove(scratchHeader);
     if (r < 0)
         return failure(r);
+    return load();
+}
+
+KVImageResult KVLuksPartition::verify(const KVSecureBytes &passphrase) const
+{
+    // Without a name, activation only tries the keyslots.
+    const int r = crypt_activate_by_passphrase(m_cd, nullptr, CRYPT_ANY_SLOT, passphrase.chars(), passphrase.size(), 0);
+    return r < 0 ? std::optional(failure(r)) : std::nullopt;
+}
+
+// As cryptsetup does for "reencrypt --decrypt --header FILE": the header
+// goes to a file of its own first, since the first step of the conversion
+// overwrites its place with the start of the data, which moves down by the
+// data offset and is decrypted front to back, every step checksummed.
+KVImageResult KVLuksPartition::beginDecryption(const KVSecureBytes &passphrase, const QString &headerFile)
+{
+    if (auto error = verify(passphrase))
+        return error;
+    const quint64 dataShift = crypt_get_data_offset(m_cd);
+    QFile::remove(headerFile);
+    if (const int r = crypt_header_backup(m_cd, CRYPT_LUKS2, QFile::encodeName(headerFile).constData()); r < 0)
+        return KVImageError::fromErrno(-r);
+    m_detachedHeader = headerFile;
+    if (auto error = load()) {
+        QFile::remove(headerFile);
+        return error;
+    }
+    crypt_params_reencrypt params{};
+    params.mode = CRYPT_REENCRYPT_DECRYPT;
+    params.direction = CRYPT_REENCRYPT_FORWARD;
+    params.resilience = "datashift-checksum";
+    params.hash = "sha256";
+    params.data_shift = dataShift;
+    params.flags = CRYPT_REENCRYPT_INITIALIZE_ONLY | CRYPT_REENCRYPT_MOVE_FIRST_SEGMENT;
+    const int r = crypt_reencrypt_init_by_passphrase(m_cd, nullptr, passphrase.chars(), passphrase.size(),
+                                                     CRYPT_ANY_SLOT, CRYPT_ANY_SLOT, nullptr, nullptr, &params);
+    if (r < 0) {
+        // Nothing has moved yet: the header on the partition is still whole.
+        QFile::remove(headerFile);
+        return failure(r);
+    }
     return load();
 }
 

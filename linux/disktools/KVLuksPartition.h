@@ -23,7 +23,9 @@ public:
     static constexpr quint64 headerRoom = 32 << 20;
     static constexpr quint64 dataOffset = headerRoom / 2;
 
-    explicit KVLuksPartition(QString node);
+    // detachedHeader: the file that holds the header while the partition is
+    // decrypted (the data move over the header's place on the partition).
+    explicit KVLuksPartition(QString node, QString detachedHeader = QString());
     ~KVLuksPartition();
     KVLuksPartition(const KVLuksPartition &) = delete;
     KVLuksPartition &operator=(const KVLuksPartition &) = delete;
@@ -45,6 +47,13 @@ public:
     KVImageResult beginEncryption(const KVSecureBytes &passphrase, quint32 sectorSize,
                                   const QString &label, const KVKeyDerivation &derivation,
                                   const QString &scratchHeader);
+    // Checks the passphrase against the keyslots; opens nothing.
+    KVImageResult verify(const KVSecureBytes &passphrase) const;
+    // Copies the loaded header to headerFile and marks the partition, through
+    // that copy, for decryption: the data move down over the header's room.
+    // Afterwards this object works on the copy. The data is converted by
+    // resume().
+    KVImageResult beginDecryption(const KVSecureBytes &passphrase, const QString &headerFile);
     // Converts what is left, recovering first from an interrupted run.
     // progress gets (bytes done, bytes in all); a false answer stops early.
     using Progress = std::function<bool(quint64 done, quint64 total)>;
@@ -52,6 +61,7 @@ public:
 
 private:
     QString m_node;
+    QString m_detachedHeader;
     crypt_device *m_cd = nullptr;
 };
 

@@ -1,6 +1,6 @@
 // The disk verbs on a real partitioned disk (a loop device over a file): an
-// ext4 partition is found, encrypted in place, locked, unlocked, re-keyed and
-// refused a second time; a conversion killed half way resumes; bad input
+// ext4 partition is found, encrypted in place, locked, unlocked, re-keyed,
+// refused a second time and decrypted again; a conversion killed half way resumes; bad input
 // answers in diskutil's failure texts.
 
 #include "KVDiskToolHarness.h"
@@ -51,8 +51,15 @@ QString logicalVolumeUuid(const QVariantMap &entry)
         .value(QStringLiteral("com.apple.corestorage.lv.uuid")).toString();
 }
 
-// The progress figures "cs list" shows until the conversion completes.
-QList<int> followConversion(const KVDiskToolHarness &disk)
+bool isMounted(const QVariantMap &entry)
+{
+    return !entry.value(QStringLiteral("mount_point")).toString().isEmpty();
+}
+
+// The progress figures "cs list" shows until the conversion is over and its
+// volume mounted again: the encrypted one, or after a decryption the plain
+// partition.
+QList<int> followConversion(const KVDiskToolHarness &disk, bool encrypting = true)
 {
     static const QRegularExpression progress(QStringLiteral("Conversion Progress:\\s*(\\d+)%"));
     QList<int> seen;
@@ -62,7 +69,7 @@ QList<int> followConversion(const KVDiskToolHarness &disk)
         const QString listing = disk.diskutil({QStringLiteral("cs"), QStringLiteral("list")}).output;
         const auto match = progress.match(listing);
         if (!listing.contains(QLatin1String("Converting"))
-            && !encryptedEntry(disk).value(QStringLiteral("mount_point")).toString().isEmpty())
+            && isMounted(encrypting ? encryptedEntry(disk) : storageEntry(disk, disk.ext4Partition())))
             break;
         if (match.hasMatch())
             seen.append(match.captured(1).toInt());
@@ -194,6 +201,28 @@ void KVDiskutilDisksTest::encryptsLocksUnlocksAndRekeysAPartition()
     QCOMPARE(encryptedEntry(disk).value(QStringLiteral("_name")).toString(), QStringLiteral("Holiday Photos"));
     QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
                            QStringLiteral("-stdinpassphrase")}, passphrase).has(QStringLiteral("(-69753)")));
+
+    // Decrypted in place: plain ext4 again, its full size, every file intact.
+    const auto revert = [&](const QByteArray &secret) {
+        return disk.diskutil({QStringLiteral("cs"), QStringLiteral("revert"), uuid, QStringLiteral("-stdinpassphrase")},
+                             secret);
+    };
+    QVERIFY(revert("wrong").has(QStringLiteral("Unable to unlock the Core Storage volume")));
+    QVERIFY(isMounted(encryptedEntry(disk)));
+    const auto reverted = revert("new secret");
+    QVERIFY2(reverted.has(QStringLiteral("Finished CoreStorage operation")), qPrintable(reverted.output));
+    QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("list")}).has(QStringLiteral("Converting (backward)")));
+    QVERIFY(revert("new secret").has(QStringLiteral("being converted")));
+    const QList<int> backward = followConversion(disk, false);
+    QVERIFY(std::is_sorted(backward.cbegin(), backward.cend()));
+    QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode != 0);
+    QVERIFY(disk.diskutil({QStringLiteral("cs"), QStringLiteral("list")}).has(QStringLiteral("No CoreStorage")));
+    const QVariantMap decrypted = storageEntry(disk, disk.ext4Partition());
+    QVERIFY(!decrypted.contains(QStringLiteral("com.apple.corestorage.lv")));
+    QCOMPARE(decrypted.value(QStringLiteral("size_in_bytes")), plain.value(QStringLiteral("size_in_bytes")));
+    QCOMPARE(decrypted.value(QStringLiteral("volume_uuid")), plain.value(QStringLiteral("volume_uuid")));
+    QCOMPARE(disk.checksums(decrypted.value(QStringLiteral("mount_point")).toString()), files);
+    QVERIFY(QDir(disk.stateDirectory() + QStringLiteral("/korvelle/disks")).isEmpty());
 }
 
 void KVDiskutilDisksTest::conversionKilledHalfWayResumes()
@@ -258,6 +287,9 @@ void KVDiskutilDisksTest::badInputIsRefused_data()
                                          << QByteArray() << QStringLiteral("Unable to find disk");
     QTest::newRow("eject names nothing") << QStringList{QStringLiteral("eject"), QStringLiteral("/dev/nosuchdisk9")}
                                          << QByteArray() << QStringLiteral("Unable to find disk");
+    QTest::newRow("revert names nothing") << QStringList{QStringLiteral("cs"), QStringLiteral("revert"),
+                                                         QStringLiteral("01234567-89AB-CDEF-0123-456789ABCDEF"), QStringLiteral("-stdinpassphrase")}
+                                          << passphrase << QStringLiteral("Unable to find disk");
     QTest::newRow("passphrase change names nothing")
         << QStringList{QStringLiteral("cs"), QStringLiteral("changeVolumePassphrase"), QStringLiteral("01234567-89AB-CDEF-0123-456789ABCDEF"),
                        QStringLiteral("-stdinpassphrase")}

@@ -49,6 +49,7 @@ KVDiskToolHarness::Run KVDiskToolHarness::run(const QString &program, const QStr
     process.setProcessChannelMode(QProcess::MergedChannels);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDirectory());
+    environment.insert(QStringLiteral("XDG_STATE_HOME"), stateDirectory());
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
     process.write(input);
@@ -89,7 +90,8 @@ QString KVDiskToolHarness::checksums(const QString &folder) const
 }
 
 // The volumes mounted from our runtime directory's payloads, the converters
-// and daemons started for it, its FUSE mounts, and the disk's loop device.
+// and daemons started for it, its FUSE mounts, the disk's own partitions
+// wherever they are mounted, and the disk's loop device.
 void KVDiskToolHarness::cleanUp() const
 {
     if (m_root.isEmpty())
@@ -98,12 +100,15 @@ void KVDiskToolHarness::cleanUp() const
         "R='%1'; ROOT='%2';"
         "for l in $(losetup -n -O NAME,BACK-FILE | awk -v r=\"$R\" 'index($2, r) == 1 {print $1}'); do"
         "  for m in $(awk -v l=\" $l \" 'index($0, \" - ext4\" l) {print $5}' /proc/self/mountinfo); do"
-        "    umount -l \"$m\"; rmdir \"$m\"; done; done;"
+        "    m=$(printf '%b' \"$m\"); umount -l \"$m\"; rmdir \"$m\"; done; done;"
+        "for m in $(awk -v d=/dev/%3p '{s = \"\"; for (i = 7; i < NF; i++) if ($i == \"-\") s = $(i + 2);"
+        "  if (index(s, d) == 1) print $5}' /proc/self/mountinfo); do"
+        "  m=$(printf '%b' \"$m\"); umount -l \"$m\"; rmdir \"$m\"; done;"
         "for p in $(grep -la \"XDG_RUNTIME_DIR=$R\" /proc/[0-9]*/environ 2>/dev/null | cut -d/ -f3); do"
         "  kill -9 $p 2>/dev/null; done; sleep 0.2;"
         "for m in $(awk '{print $5}' /proc/self/mountinfo | grep \"^$ROOT/\"); do umount -l \"$m\"; done;"
         "for l in $(losetup -n -O NAME,BACK-FILE | awk -v r=\"$ROOT\" 'index($2, r) == 1 {print $1}'); do"
-        "  losetup -d $l; done; true").arg(runtimeDirectory(), m_root)});
+        "  losetup -d $l; done; true").arg(runtimeDirectory(), m_root, m_loop)});
 }
 
 } // namespace kvlinux

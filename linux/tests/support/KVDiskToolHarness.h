@@ -33,6 +33,7 @@ public:
     QString fatPartition() const { return m_loop + QStringLiteral("p2"); }
     QString mountPoint() const { return m_root + QStringLiteral("/mnt"); }
     QString runtimeDirectory() const { return m_root + QStringLiteral("/runtime"); }
+    QString stateDirectory() const { return m_root + QStringLiteral("/state"); }
 
     Run diskutil(const QStringList &arguments, const QByteArray &input = QByteArray()) const;
     Run systemProfiler() const;
