@@ -19,20 +19,25 @@ cleanup() {
     if [ -n "$volume" ] && mountpoint -q "$volume"; then umount -l "$volume"; rmdir "$volume"; fi
     # The converter and the volume's daemon run with our runtime directory.
     for p in $(grep -la "XDG_RUNTIME_DIR=$XDG_RUNTIME_DIR" /proc/[0-9]*/environ 2>/dev/null | cut -d/ -f3); do
-        kill -9 "$p" 2>/dev/null || true; done
+        [ "$p" = $$ ] || kill -9 "$p" 2>/dev/null || true; done
     for m in $(awk '{print $5}' /proc/self/mountinfo | grep "^$work"); do umount -l "$m"; done
     for l in $(losetup -n -O NAME,BACK-FILE | awk -v r="$work" 'index($2, r) == 1 {print $1}'); do losetup -d "$l"; done
     rm -rf "$work"
 }
 trap cleanup EXIT
+trap 'exit 1' INT TERM HUP
 
 seconds() { date +%s.%N; }
 fail() { echo "bench_diskconvert: $*" >&2; exit 1; }
 
-# The volume's mount point as the disk programs report it (empty while it is
-# converted or locked): the folder may be "Bench 1" when "Bench" is taken.
+# The encrypted volume's mount point as the disk programs report it (empty
+# while it is converted or locked): the folder may be "Bench 1" when "Bench"
+# is taken. The partition itself is the physical volume, never mounted: ask
+# for the logical volume.
 mount_point() {
-    "$diskutil" info -plist "$(basename "$part")" 2>/dev/null \
+    lv=$("$diskutil" cs list | sed -n 's/.*+-> Logical Volume \([0-9A-F-]*\)$/\1/p')
+    [ -n "$lv" ] || return 0
+    "$diskutil" info -plist "$lv" 2>/dev/null \
         | awk '/<key>MountPoint<\/key>/ {getline; gsub(/.*<string>|<\/string>.*/, ""); print}'
 }
 rate() { echo "$1 $2 $3" | awk '{printf "%.0f", $1 / 1e6 / ($3 - $2)}'; }
@@ -54,10 +59,18 @@ size=$((1024 * 1024 * 1024))
 fresh_disk
 t0=$(seconds)
 printf bench | "$diskutil" cs convert "$(basename "$part")" -stdinpassphrase >/dev/null
+# Waiting on the converter process itself: "cs list" every few milliseconds
+# would compete with it for the header's lock and for the CPU.
 deadline=$(($(date +%s) + 300))
-until "$diskutil" cs list | grep -q "Conversion Status: *Complete" && volume=$(mount_point) && [ -n "$volume" ]; do
-    [ "$(date +%s)" -lt "$deadline" ] || fail "the conversion did not end with a mounted volume within 300 s: $("$diskutil" cs list | grep Conversion)"
-    sleep 0.05
+in_time() {
+    [ "$(date +%s)" -lt "$deadline" ] \
+        || fail "the conversion did not end with a mounted volume within 300 s: $("$diskutil" cs list | grep Conversion)"
+}
+while :; do
+    pid=$(sed -n 's/.*"pid": *\([0-9]*\).*/\1/p' "$XDG_RUNTIME_DIR"/korvelle/disks/conversion-*.json 2>/dev/null | head -n 1)
+    while [ -n "$pid" ] && kill -0 "$pid" 2>/dev/null; do in_time; sleep 0.02; done
+    "$diskutil" cs list | grep -q "Conversion Status: *Complete" && volume=$(mount_point) && [ -n "$volume" ] && break
+    in_time; sleep 0.1
 done
 t1=$(seconds)
 ours=$(rate $size "$t0" "$t1")

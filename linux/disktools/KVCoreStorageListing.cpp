@@ -186,7 +186,9 @@ QVariantMap KVCoreStorageListing::diskInfo(const KVEncryptedVolume &v, const QSt
         {QStringLiteral("Ejectable"), true},
         {QStringLiteral("FreeSpace"), hasSpace ? qint64(fs.f_bavail) * qint64(fs.f_frsize) : qint64(0)},
         {QStringLiteral("Internal"), v.partition.internal},
-        {QStringLiteral("MediaName"), QString()},
+        // A locked volume is known by its partition, named like a GPT
+        // partition of a CoreStorage group: after the volume.
+        {QStringLiteral("MediaName"), physical ? v.name : QString()},
         {QStringLiteral("MediaType"), QStringLiteral("Generic")},
         {QStringLiteral("MountPoint"), mountPoint},
         {QStringLiteral("ParentWholeDisk"), physical ? v.partition.parentDisk : device},

@@ -19,7 +19,14 @@ KVVolumeAccess::KVVolumeAccess(QString imagefs)
 
 QString KVVolumeAccess::defaultMountRoot()
 {
-    const passwd *user = getpwuid(geteuid());
+    // Started through pkexec, the volume is the asking user's: pkexec names
+    // that user in PKEXEC_UID (and clears whatever else the user had set).
+    uid_t owner = geteuid();
+    bool numeric = false;
+    const uint asking = qEnvironmentVariable("PKEXEC_UID").toUInt(&numeric);
+    if (owner == 0 && numeric)
+        owner = uid_t(asking);
+    const passwd *user = getpwuid(owner);
     const QString root = QStringLiteral("/media/") + QString::fromLocal8Bit(user ? user->pw_name : "root");
     QDir().mkpath(root);
     return root;

@@ -24,7 +24,8 @@ public:
     // Unmounts the volume and waits until its key has gone from memory.
     KVImageResult close(const KVEncryptedVolume &volume, bool force = false) const;
 
-    // Where volumes are mounted: as udisks would, in /media/<user>.
+    // Where volumes are mounted: as udisks would, in /media/<user>, for the
+    // user who asked through pkexec, if one did.
     static QString defaultMountRoot();
 
 private:

@@ -1,8 +1,12 @@
 #include "KVDiskToolHarness.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
+#include <QThread>
 
 #include <unistd.h>
 
@@ -42,7 +46,7 @@ QString KVDiskToolHarness::unavailable()
 }
 
 KVDiskToolHarness::Run KVDiskToolHarness::run(const QString &program, const QStringList &arguments,
-                                              const QByteArray &input) const
+                                              const QByteArray &input, const QStringList &extraEnvironment) const
 {
     QProcess process;
     process.setWorkingDirectory(m_root);
@@ -50,6 +54,8 @@ KVDiskToolHarness::Run KVDiskToolHarness::run(const QString &program, const QStr
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDirectory());
     environment.insert(QStringLiteral("XDG_STATE_HOME"), stateDirectory());
+    for (const QString &setting : extraEnvironment)
+        environment.insert(setting.section(QLatin1Char('='), 0, 0), setting.section(QLatin1Char('='), 1));
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
     process.write(input);
@@ -59,9 +65,10 @@ KVDiskToolHarness::Run KVDiskToolHarness::run(const QString &program, const QStr
             QString::fromUtf8(process.readAll())};
 }
 
-KVDiskToolHarness::Run KVDiskToolHarness::diskutil(const QStringList &arguments, const QByteArray &input) const
+KVDiskToolHarness::Run KVDiskToolHarness::diskutil(const QStringList &arguments, const QByteArray &input,
+                                                   const QStringList &environment) const
 {
-    return run(QStringLiteral(KV_TEST_DISK_DISKUTIL), arguments, input);
+    return run(QStringLiteral(KV_TEST_DISK_DISKUTIL), arguments, input, environment);
 }
 
 KVDiskToolHarness::Run KVDiskToolHarness::systemProfiler() const
@@ -73,6 +80,25 @@ KVDiskToolHarness::Run KVDiskToolHarness::systemProfiler() const
 KVDiskToolHarness::Run KVDiskToolHarness::shell(const QString &script) const
 {
     return run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, {});
+}
+
+qint64 KVDiskToolHarness::busyConverter() const
+{
+    const QDir records(runtimeDirectory() + QStringLiteral("/korvelle/disks"));
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 20000) {
+        for (const QString &name : records.entryList({QStringLiteral("conversion-*.json")})) {
+            QFile file(records.filePath(name));
+            if (!file.open(QIODevice::ReadOnly))
+                continue;
+            const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+            if (record.value(QStringLiteral("done")).toString().toULongLong() > 0)
+                return record.value(QStringLiteral("converter")).toObject().value(QStringLiteral("pid")).toInteger();
+        }
+        QThread::msleep(5);
+    }
+    return 0;
 }
 
 QString KVDiskToolHarness::fillWithFiles(int megabytes) const
@@ -90,7 +116,8 @@ QString KVDiskToolHarness::checksums(const QString &folder) const
 }
 
 // The volumes mounted from our runtime directory's payloads, the converters
-// and daemons started for it, its FUSE mounts, the disk's own partitions
+// and daemons started for it (not this cleanup itself, which inherits the
+// runtime directory when the test process has set it), its FUSE mounts, the disk's own partitions
 // wherever they are mounted, and the disk's loop device.
 void KVDiskToolHarness::cleanUp() const
 {
@@ -105,7 +132,7 @@ void KVDiskToolHarness::cleanUp() const
         "  if (index(s, d) == 1) print $5}' /proc/self/mountinfo); do"
         "  m=$(printf '%b' \"$m\"); umount -l \"$m\"; rmdir \"$m\"; done;"
         "for p in $(grep -la \"XDG_RUNTIME_DIR=$R\" /proc/[0-9]*/environ 2>/dev/null | cut -d/ -f3); do"
-        "  kill -9 $p 2>/dev/null; done; sleep 0.2;"
+        "  [ $p = $$ ] || kill -9 $p 2>/dev/null; done; sleep 0.2;"
         "for m in $(awk '{print $5}' /proc/self/mountinfo | grep \"^$ROOT/\"); do umount -l \"$m\"; done;"
         "for l in $(losetup -n -O NAME,BACK-FILE | awk -v r=\"$ROOT\" 'index($2, r) == 1 {print $1}'); do"
         "  losetup -d $l; done; true").arg(runtimeDirectory(), m_root, m_loop)});

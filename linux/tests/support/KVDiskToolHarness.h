@@ -35,9 +35,15 @@ public:
     QString runtimeDirectory() const { return m_root + QStringLiteral("/runtime"); }
     QString stateDirectory() const { return m_root + QStringLiteral("/state"); }
 
-    Run diskutil(const QStringList &arguments, const QByteArray &input = QByteArray()) const;
+    // environment: "NAME=value" settings added to the programs' own.
+    Run diskutil(const QStringList &arguments, const QByteArray &input = QByteArray(),
+                 const QStringList &environment = {}) const;
     Run systemProfiler() const;
     Run shell(const QString &script) const;
+
+    // The process id of the background converter once it has converted its
+    // first bytes; 0 when none has within 20 seconds.
+    qint64 busyConverter() const;
 
     // Mounts the ext4 partition and fills it with files of random data;
     // returns their checksums.
@@ -46,7 +52,8 @@ public:
     QString checksums(const QString &folder) const;
 
 private:
-    Run run(const QString &program, const QStringList &arguments, const QByteArray &input) const;
+    Run run(const QString &program, const QStringList &arguments, const QByteArray &input,
+            const QStringList &extraEnvironment = {}) const;
     void cleanUp() const;
 
     QTemporaryDir m_directory;
