@@ -4,6 +4,7 @@
 #include "KVDetachedHeaders.h"
 #include "KVExt4.h"
 #include "KVFuseDataPath.h"
+#include "KVLuksHeaderSnapshot.h"
 #include "platform/KVMountTable.h"
 #include "KVRuntimeDirectory.h"
 
@@ -85,16 +86,17 @@ QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes() const
         const QString detachedHeader = KVDetachedHeaders::existingFor(partition);
         if (detachedHeader.isEmpty() && !KVLuksPartition::hasHeader(partition.node()))
             continue;
-        KVLuksPartition header(partition.node(), detachedHeader);
-        if (header.load())
+        // Never through libcryptsetup, whose lock a conversion may hold.
+        const auto header = KVLuksHeaderSnapshot::read(detachedHeader.isEmpty() ? partition.node() : detachedHeader);
+        if (!header)
             continue;
         KVEncryptedVolume volume;
         volume.partition = partition;
         volume.detachedHeader = detachedHeader;
-        volume.luksUuid = header.uuid();
-        volume.name = header.label();
+        volume.luksUuid = header->uuid;
+        volume.name = header->label;
         // Until its file is gone, a decryption is not over.
-        volume.conversion = detachedHeader.isEmpty() ? header.conversion() : KVLuksPartition::Conversion::Decrypting;
+        volume.conversion = detachedHeader.isEmpty() ? header->conversion : KVLuksPartition::Conversion::Decrypting;
         if (!state.isEmpty())
             volume.progress = KVConversionRecord::load(state, volume.luksUuid);
         for (const auto &entry : opened)

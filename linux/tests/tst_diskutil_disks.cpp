@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 #include <QThread>
@@ -86,6 +87,7 @@ private Q_SLOTS:
 
     void encryptsLocksUnlocksAndRekeysAPartition();
     void conversionKilledHalfWayResumes();
+    void listingsDoNotWaitForTheHeaderLock();
     void badInputIsRefused_data();
     void badInputIsRefused();
     void anOrdinaryUserIsToldAtOnce();
@@ -249,6 +251,46 @@ void KVDiskutilDisksTest::conversionKilledHalfWayResumes()
     QCOMPARE(encrypted.value(QStringLiteral("com.apple.corestorage.lv")).toMap()
                  .value(QStringLiteral("com.apple.corestorage.lv.conversionState")).toString(), QStringLiteral("Complete"));
     QCOMPARE(disk.checksums(encrypted.value(QStringLiteral("mount_point")).toString()), files);
+}
+
+// A converter holds libcryptsetup's lock on the header while it updates it,
+// and may be stopped or stuck just then: the listings answer all the same.
+void KVDiskutilDisksTest::listingsDoNotWaitForTheHeaderLock()
+{
+    KVDiskToolHarness disk(QStringLiteral("100M"), QStringLiteral("32M"));
+    QVERIFY(disk.isValid());
+    disk.fillWithFiles(10);
+    QCOMPARE(disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
+                            QStringLiteral("-stdinpassphrase")}, passphrase).exitCode, 0);
+    followConversion(disk);
+    const QString uuid = logicalVolumeUuid(encryptedEntry(disk));
+    QVERIFY(!uuid.isEmpty());
+
+    const QString number = disk.shell(QStringLiteral("stat -L -c '%t %T' /dev/") + disk.ext4Partition()).output;
+    const QString lockFile = QStringLiteral("/run/cryptsetup/L_%1:%2")
+                                 .arg(number.section(QLatin1Char(' '), 0, 0).toInt(nullptr, 16))
+                                 .arg(number.section(QLatin1Char(' '), 1, 1).trimmed().toInt(nullptr, 16));
+    QDir().mkpath(QStringLiteral("/run/cryptsetup"));
+    QProcess holder; // ended when the test leaves, however it does
+    holder.start(QStringLiteral("flock"), {QStringLiteral("-x"), lockFile, QStringLiteral("sleep"), QStringLiteral("60")});
+    QVERIFY(holder.waitForStarted());
+    QTRY_VERIFY(disk.shell(QStringLiteral("flock -n -s %1 true").arg(lockFile)).exitCode != 0);
+
+    const QList<QStringList> listings{{QStringLiteral("cs"), QStringLiteral("list")},
+                                      {QStringLiteral("cs"), QStringLiteral("list"), QStringLiteral("-plist")},
+                                      {QStringLiteral("cs"), QStringLiteral("info"), QStringLiteral("-plist"), uuid},
+                                      {QStringLiteral("info"), QStringLiteral("-plist"), uuid}};
+    for (const QStringList &listing : listings) {
+        QElapsedTimer clock;
+        clock.start();
+        const auto run = disk.diskutil(listing);
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(listing.join(QLatin1Char(' '))));
+        QVERIFY2(run.exitCode == 0 && run.has(uuid), qPrintable(run.output));
+    }
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(logicalVolumeUuid(encryptedEntry(disk)), uuid);
+    QVERIFY(clock.elapsed() < 10000);
 }
 
 void KVDiskutilDisksTest::badInputIsRefused_data()

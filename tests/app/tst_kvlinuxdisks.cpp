@@ -2,12 +2,16 @@
 // partition (a loop device over a file): what a person sees while a disk is
 // encrypted, once it is, and when it is locked.
 #include "app/KVAppDelegate.h"
+#include "app/KVCommand.h"
 #include "app/KVDetailPaneView.h"
 #include "app/KVMainWindow.h"
 #include "disk/KVDisk.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
 #include "settings/KVPreferenceKeys.h"
+#include "wizards/KVDiskTable.h"
+#include "wizards/KVEncryptDiskWizardController.h"
+#include "wizards/KVMountDiskController.h"
 
 #include "KVDiskToolHarness.h"
 #include "KVScreenshot.h"
@@ -17,7 +21,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -38,6 +44,32 @@ struct Outcome
     }
     bool wait() { return QTest::qWaitFor([this] { return done.load(); }, 60000); }
 };
+
+// Holds the background converter still while the listings are looked at,
+// and lets it go on however the test leaves the scope.
+class FrozenProcess
+{
+public:
+    explicit FrozenProcess(qint64 pid) : m_pid(pid_t(pid)) { m_frozen = m_pid > 0 && kill(m_pid, SIGSTOP) == 0; }
+    ~FrozenProcess()
+    {
+        if (m_frozen)
+            kill(m_pid, SIGCONT);
+    }
+    FrozenProcess(const FrozenProcess &) = delete;
+    FrozenProcess &operator=(const FrozenProcess &) = delete;
+    bool isFrozen() const { return m_frozen; }
+
+private:
+    pid_t m_pid;
+    bool m_frozen = false;
+};
+
+bool lists(const KVDiskTable *table, const std::function<bool(const KVVolumeItem &)> &matches)
+{
+    return table && std::any_of(table->items().cbegin(), table->items().cend(),
+                                [&](const KVVolumeItemPtr &item) { return matches(*item); });
+}
 
 KVVolumeItemPtr onlyDisk(const KVAppDelegate &delegate)
 {
@@ -80,12 +112,16 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(delegate.mainWindow()));
         KVDisk &engine = *delegate.disks();
 
-        // Offered for encryption, as the encrypt-disk wizard lists it.
-        Outcome listed;
-        engine.updateDisksToEncrypt(listed.block());
-        QVERIFY(listed.wait());
-        QTRY_VERIFY(std::any_of(engine.disksToEncrypt().cbegin(), engine.disksToEncrypt().cend(),
-                                [&](const KVVolumeItemPtr &item) { return item->diskIdentifier() == disk.ext4Partition(); }));
+        // Offered for encryption in the encrypt-disk wizard's list.
+        delegate.performCommand(KVCommand::EncryptDisk);
+        auto *wizard = delegate.mainWindow()->findChild<KVEncryptDiskWizardController *>();
+        QVERIFY(wizard);
+        QTRY_VERIFY_WITH_TIMEOUT(lists(wizard->diskTable(), [&](const KVVolumeItem &item) {
+                                     return item.diskIdentifier() == disk.ext4Partition();
+                                 }), 30000);
+        QTest::qWait(200);
+        kvSaveScreenshot(wizard, QStringLiteral("encrypt-disk-wizard-partitions"));
+        wizard->reject();
 
         std::atomic<bool> started{false};
         KVOptionalError encryptError;
@@ -100,9 +136,8 @@ private Q_SLOTS:
         QVERIFY2(!encryptError, qPrintable(encryptError ? encryptError->debugDescription() : QString()));
 
         // Held half way, the conversion is listed with its progress.
-        const qint64 converter = disk.busyConverter();
-        QVERIFY(converter > 0);
-        QCOMPARE(kill(pid_t(converter), SIGSTOP), 0);
+        std::optional<FrozenProcess> converter(std::in_place, disk.busyConverter());
+        QVERIFY(converter->isFrozen());
         Outcome refreshed;
         engine.updateMountedDisks(refreshed.block());
         QVERIFY(refreshed.wait());
@@ -113,7 +148,7 @@ private Q_SLOTS:
         delegate.setCurrentSelection(converting);
         QTest::qWait(200);
         kvSaveScreenshot(delegate.mainWindow(), QStringLiteral("main-window-encrypting-disk"));
-        QCOMPARE(kill(pid_t(converter), SIGCONT), 0);
+        converter.reset();
 
         // Done: mounted again and no longer converting.
         QTRY_VERIFY_WITH_TIMEOUT(onlyDisk(delegate) && !onlyDisk(delegate)->converting()
@@ -134,6 +169,18 @@ private Q_SLOTS:
         QTRY_COMPARE(engine.disksToMount().size(), 1);
         QCOMPARE(engine.disksToMount().first()->name(), QStringLiteral("Data"));
         QVERIFY(engine.disksToMount().first()->locked());
+
+        // The mount-disk sheet lists it as locked.
+        delegate.performCommand(KVCommand::MountDisk);
+        auto *sheet = delegate.mainWindow()->findChild<KVMountDiskController *>();
+        QVERIFY(sheet);
+        QTRY_VERIFY_WITH_TIMEOUT(lists(sheet->diskTable(), [](const KVVolumeItem &item) {
+                                     return item.name() == QLatin1String("Data")
+                                         && KVMountDiskController::statusText(item) == QLatin1String("Locked");
+                                 }), 30000);
+        QTest::qWait(200);
+        kvSaveScreenshot(sheet, QStringLiteral("mount-disk-sheet-locked"));
+        sheet->reject();
         qunsetenv("XDG_STATE_HOME");
         qunsetenv("XDG_RUNTIME_DIR");
     }
