@@ -54,12 +54,29 @@ void KVUnmountController::unmount(const KVVolumeItemPtr &item, bool force)
             self->showFailure(item, *error, processes, !force);
     };
     auto completion = onGuiThread(self, item->mountPoint(), std::move(report));
-    m_di->unmountVolume(item, force, [reportToQuit, completion](const KVOptionalError &error) {
+    auto quitFailed = [self, name = item->name(), duringQuit = m_quit->isQuitting()](const KVAppError &error) {
+        if (duringQuit)
+            KVMainQueue::post(self, [self, name, error] { Q_EMIT self->quitUnmountFailed(name, error); });
+    };
+    m_di->unmountVolume(item, force, [reportToQuit, completion, quitFailed](const KVOptionalError &error) {
+        // Posted before the quit hears of it, so that it is told before the quit ends.
+        if (error)
+            quitFailed(*error);
         // During a quit a failure counts like a success and is neither logged nor shown.
         if (reportToQuit() || !error)
             return;
         completion(error);
     });
+}
+
+void KVUnmountController::unmountAutomatically(const KVVolumeItemPtr &item, AutomaticDone done)
+{
+    if (!m_di) {
+        done(KVAppError(KVAppErrorDomain, 0, tr("The volume could not be unmounted."), QString()), QString());
+        return;
+    }
+    m_di->unmountVolume(item, KVPreferences::prefForceAutoUnmount(),
+                        onGuiThread(QPointer(this), item->mountPoint(), std::move(done)));
 }
 
 void KVUnmountController::unmountForCommand(const KVVolumeItemPtr &item, std::function<void()> unmounted,

@@ -42,7 +42,18 @@ public:
     void unmountForCommand(const KVVolumeItemPtr &item, std::function<void()> unmounted,
                            std::function<void(const KVAppError &error)> failed = {});
 
+    // An unmount the user did not ask for at that moment (before sleep, at a
+    // screen lock, after idle time): forced by the quit's rule
+    // ("KVForceAutoUnmount"), never shown. `done` follows on the GUI thread
+    // with the failure, if any, and for a busy volume the processes holding it.
+    using AutomaticDone = std::function<void(const KVOptionalError &error, const QString &processes)>;
+    void unmountAutomatically(const KVVolumeItemPtr &item, AutomaticDone done);
+
     bool forceUnmount() const;
+
+Q_SIGNALS:
+    // An unmount of a quit failed: the quit goes on without it.
+    void quitUnmountFailed(const QString &volumeName, const KVAppError &error);
 
 private:
     void unmount(const KVVolumeItemPtr &item, bool force);

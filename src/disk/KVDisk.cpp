@@ -267,18 +267,21 @@ void KVDisk::runUpdateMountedDisksStatus()
 // delegate, and one made while the next is already scheduled tells nobody.
 void KVDisk::applyConversionStatus(const QList<KVConversionStatus> &statuses, bool pollFailed)
 {
-    QHash<QString, KVVolumeItem *> itemsByVolume;
+    QHash<QString, KVVolumeItemPtr> itemsByVolume;
     for (const KVVolumeItemPtr &item : std::as_const(m_mountedDisks)) {
         if (!itemsByVolume.contains(item->logicalVolumeUUID()))
-            itemsByVolume.insert(item->logicalVolumeUUID(), item.get());
+            itemsByVolume.insert(item->logicalVolumeUUID(), item);
     }
 
     bool anyConverting = false;
+    QList<KVVolumeItemPtr> ended;
     for (const KVConversionStatus &status : statuses) {
-        KVVolumeItem *item = itemsByVolume.value(status.lvUUID);
+        const KVVolumeItemPtr item = itemsByVolume.value(status.lvUUID);
         if (!item)
             continue;
         if (status.status != u"Converting") {
+            if (item->converting())
+                ended.append(item);
             item->setConverting(false);
             item->setStatusVisible(status.status);
             continue;
@@ -297,6 +300,8 @@ void KVDisk::applyConversionStatus(const QList<KVConversionStatus> &statuses, bo
         m_updateMountedDisksStatusTimer.start();
         mountedDisksDidChange();
     }
+    for (const KVVolumeItemPtr &item : std::as_const(ended))
+        Q_EMIT conversionEnded(item);
 }
 
 // Encrypting, decrypting and the single-volume commands --------------------------

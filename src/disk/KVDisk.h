@@ -91,6 +91,12 @@ public:
 
     void volumeSpaceDidChange() override;
 
+Q_SIGNALS:
+    // A poll found that a volume which was converting no longer is; its
+    // statusVisible() is the status word the poll read ("Complete" when the
+    // conversion went through).
+    void conversionEnded(const KVVolumeItemPtr &item);
+
 private:
     void mountedDisksDidChange();
 

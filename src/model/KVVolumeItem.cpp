@@ -212,6 +212,7 @@ void KVVolumeItem::setEvents(KVFileSystemEventWatcher *watcher)
 
 void KVVolumeItem::fileSystemEventOccurred()
 {
+    Q_EMIT fileSystemActivity();
     if (m_ignoreEvents)
         return;
     m_ignoreEvents = true;

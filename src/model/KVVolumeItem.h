@@ -98,6 +98,11 @@ public:
     // truncation of a non-finite quotient gives.
     static QString usedSpacePercentageText(qint64 usedSpace, qint64 totalSize);
 
+Q_SIGNALS:
+    // Something changed on the volume: every event of its watcher, also
+    // those that come too soon to read the free space again.
+    void fileSystemActivity();
+
 private:
     KVVolumeItem(const QVariantMap &data, const QPointer<KVVolumeEngine> &reference, const KVToolPaths &tools);
 

@@ -62,12 +62,14 @@ void KVUserDefaults::setObject(const QVariant &value, const QString &key)
 {
     m_settings->setValue(key, value);
     written();
+    Q_EMIT changed(key);
 }
 
 void KVUserDefaults::removeObject(const QString &key)
 {
     m_settings->remove(key);
     written();
+    Q_EMIT changed(key);
 }
 
 QString KVUserDefaults::fileName() const

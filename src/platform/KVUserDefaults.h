@@ -41,6 +41,8 @@ public:
 
 Q_SIGNALS:
     void writeFailed(const QString &fileName);
+    // A value was set or removed here.
+    void changed(const QString &key);
 
 private:
     explicit KVUserDefaults(std::unique_ptr<QSettings> settings, QObject *parent = nullptr);

@@ -3,6 +3,8 @@
 #include "KVPreferenceKeys.h"
 #include "platform/KVUserDefaults.h"
 
+#include <algorithm>
+
 namespace {
 
 bool stored(const QString &key)
@@ -31,5 +33,25 @@ bool prefOpenFinderAfterMount() { return stored(KVOpenFinderAfterMountKey); }
 void setPrefOpenFinderAfterMount(bool value) { store(value, KVOpenFinderAfterMountKey); }
 bool prefSaveOpenRecent() { return stored(KVSaveOpenRecentKey); }
 void setPrefSaveOpenRecent(bool value) { store(value, KVSaveOpenRecentKey); }
+
+bool prefUnmountBeforeSleep() { return stored(KVUnmountBeforeSleepKey); }
+void setPrefUnmountBeforeSleep(bool value) { store(value, KVUnmountBeforeSleepKey); }
+bool prefUnmountOnScreenLock() { return stored(KVUnmountOnScreenLockKey); }
+void setPrefUnmountOnScreenLock(bool value) { store(value, KVUnmountOnScreenLockKey); }
+bool prefUnmountWhenIdle() { return stored(KVUnmountWhenIdleKey); }
+void setPrefUnmountWhenIdle(bool value) { store(value, KVUnmountWhenIdleKey); }
+int prefIdleMinutes()
+{
+    // Nothing usable stored: the default, never a surprise of a minute.
+    const int stored = KVUserDefaults::standard().object(KVIdleMinutesKey).toInt();
+    return stored > 0 ? stored : DefaultIdleMinutes;
+}
+void setPrefIdleMinutes(int minutes) { KVUserDefaults::standard().setObject(std::max(1, minutes), KVIdleMinutesKey); }
+bool prefShowInPanel() { return stored(KVShowInPanelKey); }
+void setPrefShowInPanel(bool value) { store(value, KVShowInPanelKey); }
+bool prefKeepRunningInPanel() { return prefShowInPanel() && stored(KVKeepRunningInPanelKey); }
+void setPrefKeepRunningInPanel(bool value) { store(value, KVKeepRunningInPanelKey); }
+bool prefDesktopNotifications() { return stored(KVDesktopNotificationsKey); }
+void setPrefDesktopNotifications(bool value) { store(value, KVDesktopNotificationsKey); }
 
 } // namespace KVPreferences

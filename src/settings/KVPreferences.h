@@ -18,4 +18,22 @@ void setPrefOpenFinderAfterMount(bool value);
 bool prefSaveOpenRecent();
 void setPrefSaveOpenRecent(bool value);
 
+bool prefUnmountBeforeSleep();
+void setPrefUnmountBeforeSleep(bool value);
+bool prefUnmountOnScreenLock();
+void setPrefUnmountOnScreenLock(bool value);
+bool prefUnmountWhenIdle();
+void setPrefUnmountWhenIdle(bool value);
+// Minutes without activity before a volume is unmounted; at least 1.
+inline constexpr int DefaultIdleMinutes = 30;
+int prefIdleMinutes();
+void setPrefIdleMinutes(int minutes);
+bool prefShowInPanel();
+void setPrefShowInPanel(bool value);
+// Closing the window leaves Korvelle in the panel; only with prefShowInPanel().
+bool prefKeepRunningInPanel();
+void setPrefKeepRunningInPanel(bool value);
+bool prefDesktopNotifications();
+void setPrefDesktopNotifications(bool value);
+
 } // namespace KVPreferences

@@ -1,5 +1,7 @@
 #include "KVDiskTestSupport.h"
 
+#include <QSignalSpy>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -38,6 +40,7 @@ private Q_SLOTS:
         d.diskutil.setResponse(5, listing("cs-list-converting-forward.txt"));
         d.diskutil.setResponse(6, listing("cs-list-converting-backward.txt"));
         d.diskutil.setResponse(listing("cs-list-complete.txt"));
+        QSignalSpy ended(&d.disk, &KVDisk::conversionEnded);
 
         // The new list is looked at at once: the volume converts, so the next
         // poll is scheduled and the delegate hears of it.
@@ -73,6 +76,8 @@ private Q_SLOTS:
         QVERIFY(!backup->conversionDirectionForward());
         QVERIFY(!d.disk.updateMountedDisksStatusTimer().isActive());
         QCOMPARE(d.delegate.changes.size(), 3);
+        QCOMPARE(ended.size(), 1); // but the end of the conversion is announced
+        QCOMPARE(ended.constFirst().constFirst().value<KVVolumeItemPtr>(), backup);
 
         // A poll whose run fails still updates what it read, then stops.
         d.disk.updateMountedDisksStatus();
@@ -96,6 +101,7 @@ private Q_SLOTS:
         d.disk.setUpdateMountedDisksStatusInterval(10ms);
         QTRY_COMPARE_WITH_TIMEOUT(backup->statusVisible(), QStringLiteral("Complete"), 30000);
         QCOMPARE(d.diskutil.runCount(), 7);
+        QCOMPARE(ended.size(), 2); // once per conversion that ends
         QVERIFY(!d.disk.updateMountedDisksStatusTimer().isActive());
         QCOMPARE(d.delegate.changes.size(), 4);
         QVERIFY(d.delegate.allOnGuiThread);

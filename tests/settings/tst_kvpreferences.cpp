@@ -39,6 +39,14 @@ private Q_SLOTS:
             &KVPreferences::setPrefOpenFinderAfterMount);
         row("recent documents", KVSaveOpenRecentKey, &KVPreferences::prefSaveOpenRecent,
             &KVPreferences::setPrefSaveOpenRecent);
+        row("before sleep", KVUnmountBeforeSleepKey, &KVPreferences::prefUnmountBeforeSleep,
+            &KVPreferences::setPrefUnmountBeforeSleep);
+        row("screen lock", KVUnmountOnScreenLockKey, &KVPreferences::prefUnmountOnScreenLock,
+            &KVPreferences::setPrefUnmountOnScreenLock);
+        row("idle", KVUnmountWhenIdleKey, &KVPreferences::prefUnmountWhenIdle, &KVPreferences::setPrefUnmountWhenIdle);
+        row("panel", KVShowInPanelKey, &KVPreferences::prefShowInPanel, &KVPreferences::setPrefShowInPanel);
+        row("notifications", KVDesktopNotificationsKey, &KVPreferences::prefDesktopNotifications,
+            &KVPreferences::setPrefDesktopNotifications);
     }
 
     void eachPreferenceHasItsKey()
