@@ -1,6 +1,7 @@
 #include "KVAppDelegate.h"
 
 #include "KVAlert.h"
+#include "KVDesktopIntegration.h"
 #include "KVDetailPaneController.h"
 #include "KVFavouriteMountViewsController.h"
 #include "KVImageMountSheetController.h"
@@ -36,6 +37,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     , m_detailPane(new KVDetailPaneController(m_mainWindow.get(), this))
     , m_commands(new KVVolumeCommands(m_mainWindow.get(), m_quit, m_favourites, this))
     , m_refreshFailures(m_mainWindow.get())
+    , m_desktop(new KVDesktopIntegration(m_commands, {}, this))
 {
     connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
     connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
@@ -47,6 +49,10 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
     if (!m_services.workspace)
         m_services.workspace = KVWorkspaceNotifications::shared();
     connect(m_mainWindow.get(), &KVMainWindow::closeRequested, this, &KVAppDelegate::requestQuit);
+    m_desktop->followCloseButton(m_mainWindow.get());
+    connect(m_desktop, &KVDesktopIntegration::quitRequested, this, &KVAppDelegate::requestQuit);
+    connect(m_desktop, &KVDesktopIntegration::showWindowRequested, this,
+            [this] { applicationShouldHandleReopen(false); });
     connect(m_mainWindow.get(), &KVMainWindow::preferencesRequested, this, &KVAppDelegate::showPreferences);
     connect(m_mainWindow.get(), &KVMainWindow::commandRequested, this, &KVAppDelegate::performCommand);
     connectSidebarAndMountSheets();
@@ -90,6 +96,8 @@ void KVAppDelegate::applicationDidFinishLaunching()
                                                       });
     m_commands->setDi(m_di.get());
     m_commands->setDisks(m_disks.get());
+    m_desktop->setDisks(m_disks.get());
+    m_desktop->start();
     reloadMountedList();
 
     reloadSidebar();
@@ -141,7 +149,7 @@ void KVAppDelegate::requestQuit()
 void KVAppDelegate::showPreferences()
 {
     if (!m_preferencesController)
-        m_preferencesController = std::make_unique<KVPreferencesController>(m_mainWindow.get());
+        m_preferencesController = std::make_unique<KVPreferencesController>(m_mainWindow.get(), m_desktop->services());
     m_preferencesController->showWindow();
 }
 
@@ -247,6 +255,7 @@ void KVAppDelegate::reloadSidebar()
 void KVAppDelegate::updateDetailView()
 {
     m_commands->setVolumes(m_unifiedVolumes, m_currentSelection);
+    m_desktop->setVolumes(m_unifiedVolumes);
     m_detailPane->updateDetailView(m_currentSelection);
     m_mainWindow->updateActionState(m_currentSelection, !m_unifiedVolumes.isEmpty());
 }

@@ -17,6 +17,7 @@
 
 #include <memory>
 
+class KVDesktopIntegration;
 class KVDetailPaneController;
 class KVVolumeCommands;
 class KVDisk;
@@ -148,6 +149,7 @@ private:
     KVDetailPaneController *m_detailPane;     // a child
     KVVolumeCommands *m_commands;             // a child
     KVRefreshFailureAlert m_refreshFailures;
+    KVDesktopIntegration *m_desktop;          // a child: sleep, screen lock, idle, panel, notifications
 
     QList<KVVolumeItemPtr> m_unifiedVolumes;
     KVVolumeItemPtr m_currentSelection;

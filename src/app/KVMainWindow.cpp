@@ -367,7 +367,7 @@ void KVMainWindow::closeEvent(QCloseEvent *event)
         return;
     }
     event->ignore();
-    Q_EMIT closeRequested();
+    Q_EMIT closeButtonClicked();
 }
 
 void KVMainWindow::allowClose()

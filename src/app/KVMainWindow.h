@@ -72,9 +72,10 @@ public:
     void allowClose();
 
 Q_SIGNALS:
-    // The user closed the window or chose Quit: the application decides
-    // whether to quit now.
+    // The user chose Quit: the application decides whether to quit now.
     void closeRequested();
+    // The user closed the window: quit, or keep running without it.
+    void closeButtonClicked();
     void preferencesRequested();
     void mountDiskImageRequested();
     // A command of the menu bar or the toolbar that the window does not carry out itself.
