@@ -72,6 +72,8 @@ void KVPreferencesController::showServiceAvailability()
                                                  && m_ui->showInPanelCheckbox->isChecked());
     m_ui->desktopServicesNote->setText(missing.join(u'\n'));
     m_ui->desktopServicesNote->setVisible(!missing.isEmpty());
+    // The note may come while the window is open: it grows to show it whole.
+    resize(size().expandedTo(sizeHint()));
 }
 
 KVPreferencesController::~KVPreferencesController() = default;
