@@ -6,10 +6,13 @@
 #include "app/KVAppDelegate.h"
 #include "app/KVMainWindow.h"
 #include "diskimage/KVDiskImage.h"
+#include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
+#include "settings/KVPreferenceKeys.h"
 
 #include "KVImageToolHarness.h"
 
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -19,6 +22,20 @@
 
 struct KVLinuxSession
 {
+    // For initTestCase(): why real images cannot be mounted here (then the
+    // test skips), or nothing, after pointing the settings at a test area
+    // without favourites.
+    static QString prepareTestCase()
+    {
+        const QString unavailable = kvlinux::KVImageToolHarness::kernelPathUnavailable();
+        if (!unavailable.isEmpty())
+            return QStringLiteral("real images cannot be mounted here: ") + unavailable;
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
+        KVUserDefaults::standard().removeObject(KVFavouritesKey);
+        return QString();
+    }
+
     kvlinux::KVImageToolHarness harness;
     QTemporaryDir recent;
     std::unique_ptr<KVAppDelegate> delegate;

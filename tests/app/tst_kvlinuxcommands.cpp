@@ -90,12 +90,8 @@ class TestKVLinuxCommands : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const QString unavailable = kvlinux::KVImageToolHarness::kernelPathUnavailable();
-        if (!unavailable.isEmpty())
-            QSKIP(qPrintable(QStringLiteral("real images cannot be mounted here: ") + unavailable));
-        QStandardPaths::setTestModeEnabled(true);
-        QCoreApplication::setOrganizationName(QStringLiteral("KorvelleTests"));
-        KVUserDefaults::standard().removeObject(KVFavouritesKey);
+        if (const QString unavailable = KVLinuxSession::prepareTestCase(); !unavailable.isEmpty())
+            QSKIP(qPrintable(unavailable));
         KVPreferences::setPrefForceUnmount(false);
     }
 
