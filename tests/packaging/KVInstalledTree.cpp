@@ -31,6 +31,8 @@ QList<std::pair<QString, bool>> KVInstalledTree::expectedFiles()
         {QStringLiteral("share/man/man1/korvelle-hdiutil.1.gz"), false},
         {QStringLiteral("share/man/man8/korvelle-diskutil.8.gz"), false},
         {QStringLiteral("share/doc/korvelle/copyright"), false},
+        {QStringLiteral("share/korvelle/translations/korvelle_de.qm"), false},
+        {QStringLiteral("share/korvelle/translations/korvelle_fr.qm"), false},
     };
 }
 
