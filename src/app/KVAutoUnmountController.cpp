@@ -37,7 +37,9 @@ bool KVAutoUnmountController::mayUnmount(const KVVolumeItemPtr &item) const
 
 void KVAutoUnmountController::unmount(const QList<KVVolumeItemPtr> &volumes, Reason reason, std::function<void()> done)
 {
-    auto cue = std::make_shared<Cue>(Cue{reason, std::move(done)});
+    auto cue = std::make_shared<Cue>();
+    cue->reason = reason;
+    cue->done = std::move(done);
     for (const KVVolumeItemPtr &item : volumes) {
         if (!mayUnmount(item))
             continue;
