@@ -41,7 +41,7 @@ KVAppDelegate::KVAppDelegate(Services services, QObject *parent)
 {
     connect(m_favourites, &KVFavouritesController::changed, this, &KVAppDelegate::reloadSidebar);
     connect(m_favourites, &KVFavouritesController::failed, this, &KVAppDelegate::showError);
-    connect(m_quit, &KVQuitCoordinator::terminate, this, &KVAppDelegate::terminate);
+    connect(m_quit, &KVQuitCoordinator::terminate, this, &KVAppDelegate::terminateOnceNotified);
     // The window shows why the quit waits, and no longer holds it back once
     // it may end: quitting closes every window first.
     connect(m_quit, &KVQuitCoordinator::waitingForChanged, m_mainWindow.get(), &KVMainWindow::showQuitWaitingFor);
@@ -143,7 +143,13 @@ KVAppDelegate::TerminateReply KVAppDelegate::applicationShouldTerminate()
 void KVAppDelegate::requestQuit()
 {
     if (applicationShouldTerminate() == TerminateReply::Now)
-        Q_EMIT terminate();
+        terminateOnceNotified();
+}
+
+void KVAppDelegate::terminateOnceNotified()
+{
+    // The desktop integration is a child: it cannot call back once this is gone.
+    m_desktop->whenNotificationsSent([this] { Q_EMIT terminate(); });
 }
 
 void KVAppDelegate::showPreferences()

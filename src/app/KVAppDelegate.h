@@ -130,6 +130,8 @@ Q_SIGNALS:
     void mountDiskImageSheetRequested(const QString &imagePath);
 
 private:
+    // terminate(), once the desktop has taken the notifications still on their way.
+    void terminateOnceNotified();
     void updateAddToFavouritePullDown();
     void updateDetailView();
     void showError(const KVAppError &error);

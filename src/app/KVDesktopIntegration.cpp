@@ -120,6 +120,11 @@ KVPreferencesController::DesktopServices KVDesktopIntegration::services() const
     return {m_sleep->availability(), m_screenLock->availability(), m_panelAvailability, m_notifier->availability()};
 }
 
+void KVDesktopIntegration::whenNotificationsSent(std::function<void()> then)
+{
+    m_notifier->whenSent(std::move(then));
+}
+
 void KVDesktopIntegration::notify(const QString &summary, const QString &body)
 {
     if (KVPreferences::prefDesktopNotifications())

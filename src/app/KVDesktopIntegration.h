@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
 class KVAutoUnmountController;
 class KVDesktopNotifier;
 class KVDisk;
@@ -54,6 +56,10 @@ public:
     // hides the window while Korvelle is to keep running in the panel.
     void followCloseButton(KVMainWindow *window);
     bool keepsRunningInPanel() const;
+
+    // Calls `then` once the notifications asked for are out (a quit waits
+    // for the one that says an unmount failed).
+    void whenNotificationsSent(std::function<void()> then);
 
     // For the preferences window: what this desktop offers.
     KVPreferencesController::DesktopServices services() const;

@@ -3,13 +3,19 @@
 #include "KVBusCall.h"
 
 #include <QDBusMessage>
+#include <QTimer>
 #include <QVariantMap>
+
+#include <utility>
 
 namespace {
 
 const QString Service = QStringLiteral("org.freedesktop.Notifications");
 const QString Path = QStringLiteral("/org/freedesktop/Notifications");
 const QString DesktopEntry = QStringLiteral("org.korvelle.Korvelle");
+// The service answers a notification at once; one that is slower must not
+// hold up a quit.
+constexpr int SendLimitMs = 1000;
 
 QDBusMessage callOf(const QString &method)
 {
@@ -42,7 +48,28 @@ void KVDesktopNotifier::notify(const QString &summary, const QString &body)
     QDBusMessage call = callOf(QStringLiteral("Notify"));
     call << QStringLiteral("Korvelle") << 0u << DesktopEntry << summary << body << QStringList()
          << QVariantMap{{QStringLiteral("desktop-entry"), DesktopEntry}} << -1;
-    KVBusCall::async(m_bus, call, this, [this](const QDBusMessage &reply) { recordAnswer(reply); });
+    ++m_unanswered;
+    KVBusCall::async(m_bus, call, this, [this](const QDBusMessage &reply) {
+        recordAnswer(reply);
+        if (--m_unanswered == 0)
+            sent();
+    });
+}
+
+void KVDesktopNotifier::whenSent(std::function<void()> then)
+{
+    if (m_unanswered == 0) {
+        then();
+        return;
+    }
+    m_whenSent.push_back(std::move(then));
+    QTimer::singleShot(SendLimitMs, this, &KVDesktopNotifier::sent);
+}
+
+void KVDesktopNotifier::sent()
+{
+    for (const std::function<void()> &then : std::exchange(m_whenSent, {}))
+        then();
 }
 
 void KVDesktopNotifier::recordAnswer(const QDBusMessage &reply)

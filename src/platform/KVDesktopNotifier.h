@@ -5,6 +5,9 @@
 #include <QDBusConnection>
 #include <QObject>
 
+#include <functional>
+#include <vector>
+
 class QDBusMessage;
 
 // Notifications on the desktop, through the freedesktop notification service
@@ -24,9 +27,17 @@ public:
 
     void notify(const QString &summary, const QString &body);
 
+    // Calls `then` once every notification asked for so far has been taken
+    // or refused by the service, or after a second at most: a quit that ends
+    // at once would drop the last notification still on its way out.
+    void whenSent(std::function<void()> then);
+
 private:
     void recordAnswer(const QDBusMessage &reply);
+    void sent();
 
     QDBusConnection m_bus;
+    int m_unanswered = 0;
+    std::vector<std::function<void()>> m_whenSent;
     KVServiceAvailability *m_availability; // a child
 };
