@@ -22,15 +22,23 @@ bool KVConversionRecord::save(const QString &directory) const
         {QStringLiteral("total"), QString::number(total)},
         {QStringLiteral("volumeName"), volumeName},
         {QStringLiteral("volumeUuid"), volumeUuid},
+        {QStringLiteral("fileSystemSize"), QString::number(fileSystemSize)},
+        {QStringLiteral("freeSpace"), QString::number(freeSpace)},
         {QStringLiteral("converter"), converter.toJson()},
     };
     QSaveFile file(path(directory, luksUuid));
     return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(json).toJson()) >= 0 && file.commit();
 }
 
+QString KVConversionRecord::logPath(const QString &directory, const QString &luksUuid)
+{
+    return directory + QStringLiteral("/conversion-") + luksUuid + QStringLiteral(".log");
+}
+
 void KVConversionRecord::remove(const QString &directory) const
 {
     QFile::remove(path(directory, luksUuid));
+    QFile::remove(logPath(directory, luksUuid));
 }
 
 std::optional<KVConversionRecord> KVConversionRecord::load(const QString &directory, const QString &luksUuid)
@@ -49,6 +57,8 @@ std::optional<KVConversionRecord> KVConversionRecord::load(const QString &direct
     r.total = json.value(QStringLiteral("total")).toString().toULongLong();
     r.volumeName = json.value(QStringLiteral("volumeName")).toString();
     r.volumeUuid = json.value(QStringLiteral("volumeUuid")).toString();
+    r.fileSystemSize = json.value(QStringLiteral("fileSystemSize")).toString().toULongLong();
+    r.freeSpace = json.value(QStringLiteral("freeSpace")).toString().toULongLong();
     r.converter = KVProcessIdentity::fromJson(json.value(QStringLiteral("converter")).toObject());
     return r;
 }

@@ -21,6 +21,10 @@ struct KVConversionRecord
     quint64 total = 0;
     QString volumeName;
     QString volumeUuid;  // of the file system inside
+    // The file system's capacity and free space when the conversion began:
+    // offline nothing can ask the file system itself until it is over.
+    quint64 fileSystemSize = 0;
+    quint64 freeSpace = 0;
     KVProcessIdentity converter;
 
     int percent() const { return total ? int(done * 100 / total) : 0; }
@@ -28,6 +32,8 @@ struct KVConversionRecord
     bool save(const QString &directory) const;
     void remove(const QString &directory) const;
     static std::optional<KVConversionRecord> load(const QString &directory, const QString &luksUuid);
+    // Where the converter says why it stopped before the end.
+    static QString logPath(const QString &directory, const QString &luksUuid);
 
 private:
     static QString path(const QString &directory, const QString &luksUuid);

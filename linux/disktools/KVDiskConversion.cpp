@@ -7,13 +7,17 @@
 #include "KVKeyringSecret.h"
 #include "platform/KVMountTable.h"
 #include "KVSpawn.h"
+#include "KVStorageReport.h"
 #include "KVVolumeAccess.h"
 #include "KVVolumeFolder.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 
+#include <algorithm>
+
 #include <cerrno>
+#include <cstdio>
 #include <sys/mount.h>
 
 namespace kvlinux {
@@ -56,6 +60,12 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
         return fail(QStringLiteral("No place for the conversion's records"), otherFailure);
     if (KVBlockDevice::isSystemDisk(partition->parentDisk))
         return fail(QStringLiteral("The disk holds the running system"), otherFailure);
+    // Every check below holds only while nobody else converts the partition:
+    // a second command that got past them would shrink a file system that is
+    // being moved, or write a second header over the first.
+    KVConversionLock lock(state, partition->number);
+    if (!lock.tryAcquire())
+        return fail(QStringLiteral("The disk is being converted already"), otherFailure);
     if (KVLuksPartition::hasHeader(partition->node()) || !KVDetachedHeaders::existingFor(*partition).isEmpty())
         return fail(QStringLiteral("The target disk is already in use by Core Storage"), alreadyEncrypted);
     const auto superblock = KVExt4::readSuperblock(partition->node());
@@ -63,10 +73,6 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
         return fail(QStringLiteral("The given file system is not supported on Core Storage"), unsupportedFileSystem);
     if (!passphrase || passphrase->isEmpty())
         return fail(QStringLiteral("A passphrase is required to encrypt a disk"), otherFailure);
-
-    KVConversionLock lock(state, partition->number);
-    if (!lock.tryAcquire())
-        return fail(QStringLiteral("The disk is being converted already"), otherFailure);
 
     const QString name = superblock->label.isEmpty() ? QStringLiteral("Untitled") : superblock->label;
     m_out.line(QStringLiteral("Started CoreStorage operation on %1 %2").arg(partition->name, name));
@@ -80,10 +86,13 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
                     "ext4", 0, nullptr);
         return fail(reason, otherFailure);
     };
+    KVStorageReport::Space before;
     const KVMountTable mounts = KVMountTable::current();
     for (const KVMount &mount : mounts.mounts()) {
         if (KVBlockDevice::numberOf(mount.source) != partition->number)
             continue;
+        if (!before.total)
+            before = KVStorageReport::spaceAt(mount.mountPoint);
         if (umount2(QFile::encodeName(mount.mountPoint).constData(), 0) != 0)
             return failMounted(QStringLiteral("Unable to unmount %1: %2")
                                    .arg(mount.mountPoint, QString::fromLocal8Bit(strerror(errno))));
@@ -101,6 +110,19 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
     if (target == 0 || (superblock->blockCount > target && KVExt4::resize(partition->node(), target)))
         return failMounted(QStringLiteral("There is not enough free space on the volume to make room for the Core Storage headers"));
 
+    // What the volume will show while it cannot be mounted: its figures from
+    // before, less the room it gave up (free blocks, all of it). Unmounted,
+    // it has only what its superblock counts, exactly after the check; this
+    // is the last look at it before the header takes its place.
+    const auto shrunk = KVExt4::readSuperblock(partition->node());
+    if (!shrunk)
+        return failMounted(QStringLiteral("The file system could not be read after it was resized"));
+    const qint64 givenUp = qint64(superblock->blockCount - std::min(shrunk->blockCount, superblock->blockCount))
+        * qint64(blockSize);
+    const KVStorageReport::Space during = before.total
+        ? KVStorageReport::Space{before.total - givenUp, std::max<qint64>(0, before.free - givenUp)}
+        : KVStorageReport::Space{qint64(shrunk->blockCount * blockSize), qint64(shrunk->availableBytes())};
+
     m_out.line(QStringLiteral("Creating Core Storage Logical Volume Group"));
     KVLuksPartition header(partition->node());
     const quint32 sectorSize = quint32(std::min<quint64>(blockSize, 4096));
@@ -115,11 +137,13 @@ int KVDiskConversion::convert(const QString &disk, const std::optional<KVSecureB
     record.total = quint64(partition->size);
     record.volumeName = name;
     record.volumeUuid = superblock->uuid;
+    record.fileSystemSize = quint64(during.total);
+    record.freeSpace = quint64(during.free);
     record.save(state);
     if (!KVKeyringSecret(keyDescription(record.luksUuid)).store(*passphrase))
         return fail(QStringLiteral("The passphrase could not be kept for the conversion"), otherFailure);
     lock.release();
-    if (KVSpawn::detached(m_environment.converter, {partition->node()}) < 0)
+    if (!startConverter(state, record.luksUuid, partition->node()))
         return fail(QStringLiteral("The conversion could not be started"), otherFailure);
 
     KVEncryptedVolume volume;
@@ -152,17 +176,23 @@ int KVDiskConversion::revert(const KVEncryptedVolume &volume, const std::optiona
     if (state.isEmpty() || headerFile.isEmpty())
         return failRevert(QStringLiteral("No place for the conversion's records"));
     KVConversionLock lock(state, volume.partition.number);
-    if (!lock.tryAcquire())
+    // The listing the volume came from may be older than the lock: a
+    // decryption begun meanwhile has moved the header to its file, and
+    // backing up the partition's start again would overwrite that copy.
+    if (!lock.tryAcquire() || !KVDetachedHeaders::existingFor(volume.partition).isEmpty())
         return failRevert(QStringLiteral("The volume is being converted already"));
 
     KVLuksPartition header(volume.partition.node());
     KVImageResult error = header.load();
+    if (!error && header.conversion() != KVLuksPartition::Conversion::None)
+        return failRevert(QStringLiteral("The volume is being converted already"));
     if (!error)
         error = header.verify(*passphrase);
     if (error)
         return error->code() == KVImageError::Authentication
             ? failRevert(QStringLiteral("Unable to unlock the Core Storage volume"), unlockFailure)
             : failRevert(error->reason());
+    const KVStorageReport::Space space = KVStorageReport::spaceAt(volume.mountPoint());
     // Offline: nothing may use the volume while its blocks move.
     if (auto closing = KVVolumeAccess(m_environment.imagefs).close(volume))
         return failRevert(QStringLiteral("Unable to unmount the volume (%1)").arg(closing->reason()));
@@ -178,11 +208,13 @@ int KVDiskConversion::revert(const KVEncryptedVolume &volume, const std::optiona
     record.total = quint64(volume.partition.size);
     record.volumeName = volume.name;
     record.volumeUuid = volume.volumeUuid();
+    record.fileSystemSize = quint64(space.total);
+    record.freeSpace = quint64(space.free);
     record.save(state);
     if (!KVKeyringSecret(keyDescription(record.luksUuid)).store(*passphrase))
         return failRevert(QStringLiteral("The passphrase could not be kept for the conversion"));
     lock.release();
-    if (KVSpawn::detached(m_environment.converter, {volume.partition.node()}) < 0)
+    if (!startConverter(state, record.luksUuid, volume.partition.node()))
         return failRevert(QStringLiteral("The conversion could not be started"));
     m_out.line(QStringLiteral("Finished CoreStorage operation on %1 %2").arg(volume.partition.name, volume.name));
     m_out.line(QStringLiteral("Decryption in progress; use `diskutil coreStorage list` for status"));
@@ -210,6 +242,12 @@ int KVDiskConversion::finishDecryption(const KVBlockDevice &partition, const QSt
     return 0;
 }
 
+int KVDiskConversion::stopped(const QString &why)
+{
+    std::fputs(qPrintable(QStringLiteral("The conversion stopped: ") + why + QLatin1Char('\n')), stderr);
+    return 1;
+}
+
 int KVDiskConversion::runConverter(const QString &device, const QString &imagefs)
 {
     const QString state = KVDiskInventory::stateDirectory(true);
@@ -235,14 +273,14 @@ int KVDiskConversion::runConverter(const QString &device, const QString &imagefs
     const KVKeyringSecret secret(keyDescription(header.uuid()));
     const auto passphrase = secret.read();
     if (!passphrase)
-        return 1; // only the user can go on: unlocking with the passphrase resumes it
+        return stopped(QStringLiteral("the passphrase is no longer at hand; unlocking the volume goes on with it"));
     if (!record) {
         record.emplace();
         record->luksUuid = header.uuid();
-        record->device = partition->node();
         record->total = quint64(partition->size);
         record->volumeName = header.label();
     }
+    record->device = partition->node(); // a disk that comes back may get another name
     record->forward = conversion == KVLuksPartition::Conversion::Encrypting;
     record->converter = KVProcessIdentity::self();
     record->save(state);
@@ -258,8 +296,12 @@ int KVDiskConversion::runConverter(const QString &device, const QString &imagefs
         }
         return true;
     };
-    if (header.resume(*passphrase, progress))
-        return 1;
+    // The disk gone or failing: what is converted is journalled in the
+    // header, and the conversion goes on from there when the disk is back.
+    if (auto error = header.resume(*passphrase, progress))
+        return stopped(QStringLiteral("the disk %1 could not be read or written (%2); the conversion goes on "
+                                      "when the disk is back")
+                           .arg(partition->node(), error->reason()));
 
     const QString name = record->volumeName.isEmpty() ? header.label() : record->volumeName;
     int result = 0;
@@ -278,13 +320,25 @@ int KVDiskConversion::runConverter(const QString &device, const QString &imagefs
     return result;
 }
 
+bool KVDiskConversion::startConverter(const QString &state, const QString &luksUuid, const QString &device,
+                                      const QString &converter)
+{
+    return KVSpawn::detached(converter, {device}, KVConversionRecord::logPath(state, luksUuid)) >= 0;
+}
+
+bool KVDiskConversion::startConverter(const QString &state, const QString &luksUuid, const QString &device) const
+{
+    return startConverter(state, luksUuid, device, m_environment.converter);
+}
+
 void KVDiskConversion::resumeInterrupted(const QList<KVEncryptedVolume> &volumes, const QString &converter)
 {
-    if (geteuid() != 0)
+    const QString state = KVDiskInventory::stateDirectory(true);
+    if (geteuid() != 0 || state.isEmpty())
         return;
     for (const KVEncryptedVolume &volume : volumes)
         if (volume.isConverting() && (!volume.progress || !volume.progress->converter.isAlive()))
-            KVSpawn::detached(converter, {volume.partition.node()});
+            startConverter(state, volume.luksUuid, volume.partition.node(), converter);
 }
 
 } // namespace kvlinux

@@ -46,8 +46,14 @@ public:
     static QString keyDescription(const QString &luksUuid);
 
 private:
+    // Its standard error goes to the conversion's log.
+    static bool startConverter(const QString &state, const QString &luksUuid, const QString &device,
+                               const QString &converter);
+    bool startConverter(const QString &state, const QString &luksUuid, const QString &device) const;
     int fail(const QString &reason, int code) const;
     int failRevert(const QString &reason, int code = -69845) const;
+    // The converter's last word, for the conversion's log.
+    static int stopped(const QString &why);
     static int finishDecryption(const KVBlockDevice &partition, const QString &volumeName);
 
     const KVDiskEnvironment &m_environment;

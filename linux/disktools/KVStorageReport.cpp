@@ -13,20 +13,6 @@ QString yesNo(bool value)
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-struct Space
-{
-    qint64 total = 0;
-    qint64 free = 0;
-};
-
-Space spaceAt(const QString &mountPoint)
-{
-    struct statvfs fs{};
-    if (mountPoint.isEmpty() || statvfs(QFile::encodeName(mountPoint).constData(), &fs) != 0)
-        return {};
-    return {qint64(fs.f_blocks) * qint64(fs.f_frsize), qint64(fs.f_bavail) * qint64(fs.f_frsize)};
-}
-
 QVariantMap physicalDrive(const QString &protocol, bool internal, const QString &device)
 {
     return {
@@ -41,6 +27,14 @@ QVariantMap physicalDrive(const QString &protocol, bool internal, const QString 
 }
 
 } // namespace
+
+KVStorageReport::Space KVStorageReport::spaceAt(const QString &mountPoint)
+{
+    struct statvfs fs{};
+    if (mountPoint.isEmpty() || statvfs(QFile::encodeName(mountPoint).constData(), &fs) != 0)
+        return {};
+    return {qint64(fs.f_blocks) * qint64(fs.f_frsize), qint64(fs.f_bavail) * qint64(fs.f_frsize)};
+}
 
 QVariantMap KVStorageReport::plainEntry(const KVPlainVolume &volume)
 {
@@ -62,7 +56,10 @@ QVariantMap KVStorageReport::plainEntry(const KVPlainVolume &volume)
 
 QVariantMap KVStorageReport::encryptedEntry(const KVEncryptedVolume &volume)
 {
-    const Space space = spaceAt(volume.mountPoint());
+    Space space = spaceAt(volume.mountPoint());
+    // Converted offline, the volume is not mounted: its figures from the start.
+    if (!space.total && volume.progress && volume.progress->fileSystemSize)
+        space = {qint64(volume.progress->fileSystemSize), qint64(volume.progress->freeSpace)};
     const qint64 converted = volume.progress ? qint64(volume.progress->done) : volume.partition.size;
     const bool writable = volume.isMounted() && !volume.unlocked->record.readOnly;
     return {

@@ -16,6 +16,14 @@ public:
 
     static QVariantMap encryptedEntry(const KVEncryptedVolume &volume);
     static QVariantMap plainEntry(const KVPlainVolume &volume);
+
+    struct Space
+    {
+        qint64 total = 0;
+        qint64 free = 0;
+    };
+    // The file system's figures as statvfs gives them; zeros when there is none.
+    static Space spaceAt(const QString &mountPoint);
 };
 
 } // namespace kvlinux

@@ -69,8 +69,16 @@ std::optional<KVExt4::Superblock> KVExt4::parseSuperblock(const QByteArray &sb)
     Superblock s;
     s.blockSize = 1024u << logBlockSize;
     s.blockCount = le32(sb, 0x04);
-    if (incompat & incompat64Bit)
+    s.reservedBlocks = le32(sb, 0x08);
+    s.freeBlocks = le32(sb, 0x0C);
+    if (incompat & incompat64Bit) {
         s.blockCount |= quint64(le32(sb, 0x150)) << 32;
+        s.reservedBlocks |= quint64(le32(sb, 0x154)) << 32;
+        s.freeBlocks |= quint64(le32(sb, 0x158)) << 32;
+    }
+    // Counts beyond the file system are damage; nothing is free then.
+    if (s.freeBlocks > s.blockCount || s.reservedBlocks > s.blockCount)
+        s.freeBlocks = s.reservedBlocks = 0;
     // Sizes in bytes must fit the 63 bits that file offsets have.
     if (s.blockCount == 0 || s.blockCount > quint64(std::numeric_limits<qint64>::max()) / s.blockSize)
         return std::nullopt;

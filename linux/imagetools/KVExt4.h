@@ -21,6 +21,14 @@ public:
     {
         quint64 blockCount = 0;
         quint32 blockSize = 0;
+        // As the superblock last counted them: exact after a check.
+        quint64 freeBlocks = 0;
+        quint64 reservedBlocks = 0; // for root only
+        // What an ordinary user could still write, as statvfs's f_bavail.
+        quint64 availableBytes() const
+        {
+            return freeBlocks > reservedBlocks ? (freeBlocks - reservedBlocks) * blockSize : 0;
+        }
         QString uuid; // upper case, as diskutil prints volume UUIDs
         QString label;
         bool needsRecovery = false; // the journal holds transactions to replay

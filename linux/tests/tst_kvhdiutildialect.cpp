@@ -31,6 +31,8 @@ private Q_SLOTS:
     void freeExtentsComeFromGroupLines();
     void superblockFieldsAreChecked_data();
     void superblockFieldsAreChecked();
+    void superblockCountsWhatIsFree_data();
+    void superblockCountsWhatIsFree();
     void namesFitLabelsAndFolders();
 };
 
@@ -222,6 +224,40 @@ void KVHdiutilDialectTest::superblockFieldsAreChecked()
     if (accepted)
         QCOMPARE(superblock->blockSize, 1024u << logBlockSize);
     QVERIFY(!KVExt4::parseSuperblock(sb.left(512)));
+}
+
+void KVHdiutilDialectTest::superblockCountsWhatIsFree_data()
+{
+    QTest::addColumn<quint64>("blockCount");
+    QTest::addColumn<quint64>("freeBlocks");
+    QTest::addColumn<quint64>("reservedBlocks");
+    QTest::addColumn<quint64>("available"); // bytes, 4 KiB blocks
+    QTest::newRow("some reserved for root") << 16384ull << 1000ull << 100ull << 900ull * 4096;
+    QTest::newRow("counts beyond 32 bits") << (3ull << 32) << (1ull << 32) + 5 << (1ull << 32) << 5ull * 4096;
+    QTest::newRow("less free than reserved") << 16384ull << 50ull << 100ull << 0ull;
+    QTest::newRow("more free than there are blocks") << 16384ull << 20000ull << 0ull << 0ull;
+}
+
+void KVHdiutilDialectTest::superblockCountsWhatIsFree()
+{
+    QFETCH(quint64, blockCount);
+    QFETCH(quint64, freeBlocks);
+    QFETCH(quint64, reservedBlocks);
+    QFETCH(quint64, available);
+    QByteArray sb(1024, '\0');
+    const auto put64 = [&sb](int low, int high, quint64 value) {
+        qToLittleEndian(quint32(value), sb.data() + low);
+        qToLittleEndian(quint32(value >> 32), sb.data() + high);
+    };
+    put64(0x04, 0x150, blockCount);
+    put64(0x08, 0x154, reservedBlocks);
+    put64(0x0C, 0x158, freeBlocks);
+    qToLittleEndian(quint32(2), sb.data() + 0x18);
+    qToLittleEndian(quint16(0xEF53), sb.data() + 0x38);
+    qToLittleEndian(quint32(0x80), sb.data() + 0x60); // 64-bit block numbers
+    const auto superblock = KVExt4::parseSuperblock(sb);
+    QVERIFY(superblock);
+    QCOMPARE(superblock->availableBytes(), available);
 }
 
 void KVHdiutilDialectTest::namesFitLabelsAndFolders()
