@@ -66,6 +66,7 @@ in_time() {
     [ "$(date +%s)" -lt "$deadline" ] \
         || fail "the conversion did not end with a mounted volume within 300 s: $("$diskutil" cs list | grep Conversion)"
 }
+started=$(seconds)
 while :; do
     pid=$(sed -n 's/.*"pid": *\([0-9]*\).*/\1/p' "$XDG_RUNTIME_DIR"/korvelle/disks/conversion-*.json 2>/dev/null | head -n 1)
     while [ -n "$pid" ] && kill -0 "$pid" 2>/dev/null; do in_time; sleep 0.02; done
@@ -74,6 +75,9 @@ while :; do
 done
 t1=$(seconds)
 ours=$(rate $size "$t0" "$t1")
+# Where the time went: the command (check, shrink, header) and the
+# background process (re-encryption, then the mount).
+phases=$(echo "$t0 $started $t1" | awk '{printf "command %.1f s, background %.1f s", $2 - $1, $3 - $2}')
 
 sync; echo 3 > /proc/sys/vm/drop_caches
 t0=$(seconds); dd if=/dev/zero of="$volume/w" bs=1M count=400 conv=fsync status=none; t1=$(seconds)
@@ -87,10 +91,12 @@ volume=""
 fresh_disk
 t0=$(seconds)
 e2fsck -f -p "$part" >/dev/null; resize2fs "$part" 992M >/dev/null 2>&1
+t_shrunk=$(seconds)
 printf bench | cryptsetup reencrypt --encrypt --type luks2 --sector-size 4096 --pbkdf pbkdf2 \
     --pbkdf-force-iterations 1000 --reduce-device-size 32M -q --key-file - "$part"
 t1=$(seconds)
 reference=$(rate $size "$t0" "$t1")
+reference_phases=$(echo "$t0 $t_shrunk $t1" | awk '{printf "check and shrink %.1f s, reencrypt %.1f s", $2 - $1, $3 - $2}')
 
 fresh_disk
 mount "$part" "$work/mnt"
@@ -104,5 +110,6 @@ umount "$work/mnt"
 
 echo "in-place encryption of 1 GiB (MB/s): diskutil cs convert $ours, cryptsetup reencrypt $reference" \
      "($(echo "$ours $reference" | awk '{printf "%.0f", 100 * $1 / $2}') %)"
+echo "  diskutil: $phases; cryptsetup: $reference_phases"
 echo "sequential write (MB/s): encrypted volume $encrypted_write, plain partition $raw_write"
 echo "sequential read  (MB/s): encrypted volume $encrypted_read, plain partition $raw_read"

@@ -7,13 +7,16 @@
 #include "KVLuksHeaderSnapshot.h"
 #include "platform/KVMountTable.h"
 #include "KVRuntimeDirectory.h"
+#include "KVUdevProperties.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QSet>
 #include <QUuid>
 
+#include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace kvlinux {
 
@@ -25,6 +28,47 @@ const QUuid derivedNamespace(QStringLiteral("{6f1c0b52-3a8e-4f0d-9a57-4b3de2c1a9
 QString upperUuid(const QUuid &uuid)
 {
     return uuid.toString(QUuid::WithoutBraces).toUpper();
+}
+
+// Where the disk verbs keep their records when root has no runtime
+// directory of its own, as when pkexec runs them for a user: machine-wide and
+// readable by everybody (device names, mount points and process ids; never
+// a key or a header), so that the user's listings see what was opened or is
+// being converted for them.
+const QString sharedStateDirectory = QStringLiteral("/run/korvelle-disks");
+
+bool hasOwnRuntimeDirectory()
+{
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    return runtime.startsWith('/') && QFileInfo(QFile::decodeName(runtime)).isDir();
+}
+
+// The header of a partition, without libcryptsetup, whose lock a conversion
+// may hold. A partition an ordinary user may not open is described by udev
+// where it runs; otherwise it is counted as unreadable.
+std::optional<KVLuksHeaderSnapshot> headerOf(const KVBlockDevice &partition, const QString &detachedHeader,
+                                             int &unreadable)
+{
+    if (!detachedHeader.isEmpty())
+        return KVLuksHeaderSnapshot::read(detachedHeader);
+    const QByteArray node = QFile::encodeName(partition.node());
+    if (access(node.constData(), R_OK) == 0)
+        return KVLuksPartition::hasHeader(partition.node()) ? KVLuksHeaderSnapshot::read(partition.node())
+                                                              : std::nullopt;
+    const QHash<QString, QString> udev = KVUdevProperties().of(partition.number);
+    if (udev.isEmpty()) {
+        ++unreadable;
+        return std::nullopt;
+    }
+    if (udev.value(QStringLiteral("ID_FS_TYPE")) != QLatin1String("crypto_LUKS")
+        || udev.value(QStringLiteral("ID_FS_VERSION")) != QLatin1String("2"))
+        return std::nullopt;
+    KVLuksHeaderSnapshot header;
+    header.uuid = udev.value(QStringLiteral("ID_FS_UUID")).toUpper();
+    header.label = udev.contains(QStringLiteral("ID_FS_LABEL_ENC"))
+        ? KVUdevProperties::decodeEscapes(udev.value(QStringLiteral("ID_FS_LABEL_ENC")))
+        : udev.value(QStringLiteral("ID_FS_LABEL"));
+    return header;
 }
 
 } // namespace
@@ -59,6 +103,21 @@ bool KVEncryptedVolume::isNamedBy(const QString &identifier) const
 
 QString KVDiskInventory::stateDirectory(bool create)
 {
+    if (geteuid() != 0) {
+        // Only root changes disks; everybody else reads root's records.
+        struct stat st{};
+        const bool trusted = stat(QFile::encodeName(sharedStateDirectory).constData(), &st) == 0
+            && S_ISDIR(st.st_mode) && st.st_uid == 0 && !(st.st_mode & S_IWOTH);
+        return !create && trusted ? sharedStateDirectory : QString();
+    }
+    if (!hasOwnRuntimeDirectory()) {
+        if (create && (!QDir().mkpath(sharedStateDirectory)
+                       || !QFile::setPermissions(sharedStateDirectory, QFile::ReadOwner | QFile::WriteOwner
+                                                     | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup
+                                                     | QFile::ReadOther | QFile::ExeOther)))
+            return {};
+        return QFileInfo(sharedStateDirectory).isDir() ? sharedStateDirectory : QString();
+    }
     const auto runtime = KVRuntimeDirectory::locate();
     if (!runtime)
         return {};
@@ -71,7 +130,7 @@ QString KVDiskInventory::stateDirectory(bool create)
     return directory;
 }
 
-QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes() const
+QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes(int *unreadable) const
 {
     const QString state = stateDirectory();
     QList<KVAttachedImages::Entry> opened;
@@ -81,13 +140,11 @@ QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes() const
         opened = KVAttachedImages(registry, dataPath).current();
     }
     QList<KVEncryptedVolume> volumes;
+    int closed = 0;
     for (const KVBlockDevice &partition : KVBlockDevice::partitions()) {
         // Being decrypted, a partition's header is in a file of its own.
         const QString detachedHeader = KVDetachedHeaders::existingFor(partition);
-        if (detachedHeader.isEmpty() && !KVLuksPartition::hasHeader(partition.node()))
-            continue;
-        // Never through libcryptsetup, whose lock a conversion may hold.
-        const auto header = KVLuksHeaderSnapshot::read(detachedHeader.isEmpty() ? partition.node() : detachedHeader);
+        const auto header = headerOf(partition, detachedHeader, closed);
         if (!header)
             continue;
         KVEncryptedVolume volume;
@@ -106,6 +163,8 @@ QList<KVEncryptedVolume> KVDiskInventory::encryptedVolumes() const
             volume.name = QStringLiteral("Untitled");
         volumes.append(volume);
     }
+    if (unreadable)
+        *unreadable = closed;
     return volumes;
 }
 

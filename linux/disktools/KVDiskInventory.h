@@ -73,9 +73,13 @@ class KVDiskInventory
 public:
     // The directory of the disks' records; empty when there is none (a
     // listing never makes it: only opening or converting a volume does).
+    // Root keeps them in its runtime directory, or machine-wide when it has
+    // none (run through pkexec); an ordinary user reads the machine-wide ones.
     static QString stateDirectory(bool create = false);
 
-    QList<KVEncryptedVolume> encryptedVolumes() const;
+    // unreadable: set to the number of partitions that could be neither
+    // opened nor looked up in udev's database (an ordinary user without udev).
+    QList<KVEncryptedVolume> encryptedVolumes(int *unreadable = nullptr) const;
     QList<KVPlainVolume> plainVolumes() const;
 
     std::optional<KVEncryptedVolume> findEncrypted(const QString &identifier) const;

@@ -34,10 +34,10 @@ KVDiskVerbs::KVDiskVerbs(KVDiskEnvironment environment, KVToolOutput &out)
 {
 }
 
-QList<KVEncryptedVolume> KVDiskVerbs::volumes() const
+QList<KVEncryptedVolume> KVDiskVerbs::volumes(int *unreadable) const
 {
     // Every run of the programs picks up conversions that lost their process.
-    QList<KVEncryptedVolume> found = m_inventory.encryptedVolumes();
+    QList<KVEncryptedVolume> found = m_inventory.encryptedVolumes(unreadable);
     KVDiskConversion::resumeInterrupted(found, m_environment.converter);
     return found;
 }
@@ -122,12 +122,19 @@ std::optional<KVSecureBytes> KVDiskVerbs::readPassphrase(bool withPassphrase) co
 
 int KVDiskVerbs::list(bool plist)
 {
-    const QList<KVEncryptedVolume> found = volumes();
-    if (plist)
+    int unreadable = 0;
+    const QList<KVEncryptedVolume> found = volumes(&unreadable);
+    if (plist) {
         m_out.data(KVPropertyList::encodeXml(KVCoreStorageListing::plist(found)));
-    else
-        for (const QString &line : KVCoreStorageListing::text(found))
-            m_out.line(line);
+        return 0;
+    }
+    for (const QString &line : KVCoreStorageListing::text(found))
+        m_out.line(line);
+    // Said once, to a person: the property list stays what it is.
+    if (unreadable > 0)
+        m_out.line((unreadable == 1 ? QStringLiteral("1 partition could not be read")
+                                    : QStringLiteral("%1 partitions could not be read").arg(unreadable))
+                   + QStringLiteral(" without administrator rights; encrypted volumes on them are not listed"));
     return 0;
 }
 

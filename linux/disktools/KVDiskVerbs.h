@@ -41,7 +41,7 @@ private:
     int rename(const QString &mountPoint, const QString &name);
 
     std::optional<KVSecureBytes> readPassphrase(bool withPassphrase) const;
-    QList<KVEncryptedVolume> volumes() const;
+    QList<KVEncryptedVolume> volumes(int *unreadable = nullptr) const;
 
     KVDiskEnvironment m_environment;
     KVToolOutput &m_out;

@@ -114,8 +114,10 @@ KVImageResult KVLuksPartition::beginEncryption(const KVSecureBytes &passphrase, 
     // The header is made in a file first: written straight to the partition
     // it would land on the file system's first blocks before they have moved.
     {
+        // Its keyslot is as good as the partition's own: for root's eyes only.
         QFile header(scratchHeader);
-        if (!header.open(QIODevice::WriteOnly | QIODevice::Truncate) || !header.resize(qint64(dataOffset)))
+        if (!header.open(QIODevice::WriteOnly | QIODevice::Truncate, QFile::ReadOwner | QFile::WriteOwner)
+            || !header.resize(qint64(dataOffset)))
             return KVImageError::fromErrno(EIO);
     }
     const QByteArray headerPath = QFile::encodeName(scratchHeader);

@@ -8,6 +8,7 @@
 #include "tools/KVPropertyList.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRegularExpression>
@@ -38,6 +39,7 @@ private Q_SLOTS:
     void badInputIsRefused_data();
     void badInputIsRefused();
     void anOrdinaryUserIsToldAtOnce();
+    void anOrdinaryUserListsWhatItMayRead();
 };
 
 void KVDiskutilDisksTest::init()
@@ -311,6 +313,71 @@ void KVDiskutilDisksTest::anOrdinaryUserIsToldAtOnce()
     if (!run.output.contains(QLatin1String("pkexec")))
         QCOMPARE(run.output.trimmed().count(QLatin1Char('\n')), 0);
     QVERIFY(disk.shell(QStringLiteral("cryptsetup isLuks /dev/") + disk.ext4Partition()).exitCode != 0);
+}
+
+// An ordinary user's listings ask for nothing: they show what the user may
+// read, say once in the text listing what they could not, and keep the
+// property lists whole for the application.
+void KVDiskutilDisksTest::anOrdinaryUserListsWhatItMayRead()
+{
+    KVDiskToolHarness disk(QStringLiteral("100M"), QStringLiteral("32M"));
+    QVERIFY(disk.isValid());
+    disk.fillWithFiles(10);
+    QCOMPARE(disk.diskutil({QStringLiteral("cs"), QStringLiteral("convert"), disk.ext4Partition(),
+                            QStringLiteral("-stdinpassphrase")}, passphrase).exitCode, 0);
+    followConversion(disk);
+    const QString uuid = logicalVolumeUuid(encryptedEntry(disk));
+    QVERIFY(disk.diskutil({QStringLiteral("eject"), QStringLiteral("/dev/") + disk.ext4Partition()}).has(QStringLiteral("ejected")));
+
+    const auto asNobody = [&](const QString &program, const QString &arguments) {
+        return disk.shell(QStringLiteral("setpriv --reuid=65534 --regid=65534 --clear-groups '%1' %2 2>&1; echo \"exit $?\"")
+                              .arg(program, arguments));
+    };
+    const QString diskutil = QStringLiteral(KV_TEST_DISK_DISKUTIL);
+    QElapsedTimer clock;
+    clock.start();
+    const auto text = asNobody(diskutil, QStringLiteral("cs list"));
+    const auto plist = asNobody(diskutil, QStringLiteral("cs list -plist"));
+    const auto report = asNobody(QStringLiteral(KV_TEST_SYSTEM_PROFILER), QStringLiteral("SPStorageDataType -xml"));
+    QVERIFY(clock.elapsed() < 20000);
+    for (const auto *run : {&text, &plist, &report})
+        QVERIFY2(run->output.trimmed().endsWith(QLatin1String("exit 0")) && !run->has(QStringLiteral("pkexec")),
+                 qPrintable(run->output));
+    // Where udev describes the partition it is listed, locked; elsewhere the
+    // text listing says why it is not.
+    QVERIFY2(text.has(uuid) || text.has(QStringLiteral("could not be read without administrator rights")),
+             qPrintable(text.output));
+    QVERIFY(text.output.count(QStringLiteral("administrator rights")) <= 1);
+    for (const auto *run : {&plist, &report}) {
+        const QString xml = run->output.left(run->output.lastIndexOf(QLatin1String("exit 0")));
+        QVERIFY2(KVPropertyList::decode(xml.toUtf8()).has_value(), qPrintable(run->output));
+    }
+
+    // udev's database, where it is kept (a stand-in here when the machine
+    // has none), names the partition the user may not open.
+    if (!QFileInfo::exists(QStringLiteral("/run/udev"))) {
+        const QString entry = disk.shell(QStringLiteral("stat -L -c '/run/udev/data/b%t:%T' /dev/") + disk.ext4Partition())
+                                  .output.trimmed();
+        const QString database = QStringLiteral("printf 'E:ID_FS_TYPE=crypto_LUKS\\nE:ID_FS_VERSION=2\\n"
+                                                "E:ID_FS_UUID=%1\\nE:ID_FS_LABEL_ENC=Data\\n'")
+                                     .arg(disk.shell(QStringLiteral("cryptsetup luksUUID /dev/") + disk.ext4Partition())
+                                              .output.trimmed());
+        // stat gives the numbers in hex; udev names them in decimal.
+        const QStringList numbers = entry.section(QLatin1Char('b'), -1).split(QLatin1Char(':'));
+        const QString decimal = QStringLiteral("/run/udev/data/b%1:%2")
+                                    .arg(numbers.value(0).toInt(nullptr, 16)).arg(numbers.value(1).toInt(nullptr, 16));
+        QCOMPARE(disk.shell(QStringLiteral("mkdir -p /run/udev/data && %1 > %2").arg(database, decimal)).exitCode, 0);
+        const auto described = asNobody(diskutil, QStringLiteral("cs list"));
+        disk.shell(QStringLiteral("rm -rf /run/udev"));
+        QVERIFY2(described.has(uuid) && described.has(QStringLiteral("Locked")), qPrintable(described.output.right(900)));
+    }
+
+    // A user who may read the partition (as the group "disk" may) sees the
+    // volume itself.
+    QCOMPARE(disk.shell(QStringLiteral("chmod o+r /dev/") + disk.ext4Partition()).exitCode, 0);
+    const auto readable = asNobody(diskutil, QStringLiteral("cs list"));
+    disk.shell(QStringLiteral("chmod o-r /dev/") + disk.ext4Partition());
+    QVERIFY2(readable.has(uuid) && readable.has(QStringLiteral("Locked")), qPrintable(readable.output));
 }
 
 QTEST_GUILESS_MAIN(KVDiskutilDisksTest)
