@@ -4,9 +4,11 @@
 #include "controls/KVColors.h"
 #include "controls/KVCustomProgressIndicatorView.h"
 #include "controls/KVPopover.h"
+#include "model/KVDisplayText.h"
 
 #include <QDir>
 #include <QEvent>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QGridLayout>
 #include <QIcon>
@@ -22,6 +24,8 @@
 namespace {
 
 constexpr int LargeIconSize = 128;
+// What a line edit keeps free around its text, and room for the cursor.
+constexpr int FieldTextMargins = 8;
 
 QString byteCount(qint64 bytes)
 {
@@ -153,11 +157,13 @@ QWidget *KVDetailPaneView::createVolumeInfoView()
     m_mountPointInfo = greyLabel();
     m_mountPointInfo->setObjectName(QStringLiteral("mountPointInfo"));
     m_mountPointInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_mountPointInfo->setTextFormat(Qt::PlainText);
     m_locationOrStatusLabel = greyLabel();
     m_locationOrStatusLabel->setObjectName(QStringLiteral("locationOrStatusLabel"));
     m_locationOrStatusInfo = new QLabel;
     m_locationOrStatusInfo->setObjectName(QStringLiteral("locationOrStatusInfo"));
     m_locationOrStatusInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_locationOrStatusInfo->setTextFormat(Qt::PlainText);
     m_locationOrStatusInfo->setWordWrap(true);
 
     m_spaceBar = new KVCustomProgressIndicatorView;
@@ -241,19 +247,23 @@ void KVDetailPaneView::showVolume(const KVVolumeItem &volume)
     m_volumeInfoView->show();
     m_actionMenu->setActive(!volume.isSystemPartition());
 
+    m_shownName = KVDisplayText::singleLine(volume.name());
     if (!m_renaming)
-        m_volumeName->setText(volume.name());
-    m_mountPointInfo->setText(abbreviatingHome(volume.mountPoint()));
+        showName();
+    const auto shownPath = [](const QString &path) {
+        return KVDisplayText::shortened(abbreviatingHome(path), KVDisplayText::MaximumPathLength);
+    };
+    m_mountPointInfo->setText(shownPath(volume.mountPoint()));
 
     const KVVolumeKind kind = volume.type();
     if (kind == KVVolumeKind::DiskImage) {
         m_image->setPixmap(QIcon(QStringLiteral(":/icons/DiskImageMountedIconLarge.svg")).pixmap(LargeIconSize, LargeIconSize));
         m_locationOrStatusLabel->setText(tr("Location:"));
-        m_locationOrStatusInfo->setText(abbreviatingHome(volume.location()));
+        m_locationOrStatusInfo->setText(shownPath(volume.location()));
     } else if (kind == KVVolumeKind::Disk) {
         m_image->setPixmap(QIcon(QStringLiteral(":/icons/DiskIconLarge.svg")).pixmap(LargeIconSize, LargeIconSize));
         m_locationOrStatusLabel->setText(tr("Status:"));
-        m_locationOrStatusInfo->setText(volume.statusVisible());
+        m_locationOrStatusInfo->setText(KVDisplayText::shortened(volume.statusVisible()));
     }
     m_actionMenu->showCommandsFor(kind);
 
@@ -277,7 +287,7 @@ void KVDetailPaneView::fillMoreInfo(const KVVolumeItem &volume)
     QList<QPair<QString, QString>> rows;
     auto add = [&rows](const QString &label, const QString &value) {
         if (!value.isEmpty())
-            rows.append({label, value});
+            rows.append({label, KVDisplayText::shortened(value, KVDisplayText::MaximumPathLength)});
     };
     add(tr("Kind:"), volume.type() == KVVolumeKind::DiskImage ? tr("Encrypted disk image") : tr("Encrypted disk"));
     add(tr("File system:"), volume.fileSystemName());
@@ -308,6 +318,9 @@ void KVDetailPaneView::beginRenaming()
     if (m_volumeInfoView->isHidden())
         return;
     m_renaming = true;
+    // The whole name is edited, not the shortened title.
+    m_volumeName->setText(m_shownName);
+    m_nameBeforeRenaming = m_volumeName->text();
     m_volumeName->setReadOnly(false);
     m_volumeName->style()->polish(m_volumeName);
     m_volumeName->setFocus(Qt::OtherFocusReason);
@@ -323,7 +336,9 @@ void KVDetailPaneView::endRenaming(bool commit)
     m_volumeName->setReadOnly(true);
     m_volumeName->style()->polish(m_volumeName);
     m_volumeName->clear();
-    if (commit)
+    // A name left as it was renames nothing, also when what was shown of it
+    // differs from the name itself.
+    if (commit && newName != m_nameBeforeRenaming)
         Q_EMIT renameFinished(newName);
     else
         Q_EMIT renameCancelled();
@@ -341,11 +356,23 @@ bool KVDetailPaneView::eventFilter(QObject *watched, QEvent *event)
             beginRenaming();
             return true;
         }
+        if ((event->type() == QEvent::Resize || event->type() == QEvent::Show) && !m_renaming)
+            showName();
         // Leaving the field ends the rename even when nothing was typed.
         if (event->type() == QEvent::FocusOut && m_renaming)
             endRenaming(true);
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void KVDetailPaneView::showName()
+{
+    // Before it is laid out the field has no width of its own to go by.
+    const int room = m_volumeName->contentsRect().width() - FieldTextMargins;
+    m_volumeName->setText(m_volumeName->isVisible() && room > 0
+                              ? m_volumeName->fontMetrics().elidedText(m_shownName, Qt::ElideMiddle, room)
+                              : KVDisplayText::shortened(m_shownName));
+    m_volumeName->setCursorPosition(0);
 }
 
 QString KVDetailPaneView::abbreviatingHome(const QString &path)

@@ -60,6 +60,8 @@ private:
     QWidget *createPlaceholderView();
     QWidget *createVolumeInfoView();
     void endRenaming(bool commit);
+    // The name in the title, cut in the middle to the field's width.
+    void showName();
     void fillMoreInfo(const KVVolumeItem &volume);
 
     QWidget *m_tipView = nullptr;
@@ -78,4 +80,7 @@ private:
     QLabel *m_moreInfoText = nullptr;
     KVActionMenuView *m_actionMenu = nullptr;
     bool m_renaming = false;
+    // The volume's name on one line, and what the field held as a rename began.
+    QString m_shownName;
+    QString m_nameBeforeRenaming;
 };

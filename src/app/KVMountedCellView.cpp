@@ -3,6 +3,7 @@
 #include "KVSidebarStyle.h"
 #include "controls/KVColors.h"
 #include "controls/KVCustomProgressIndicatorView.h"
+#include "model/KVDisplayText.h"
 #include "model/KVVolumeItem.h"
 
 #include <QFontMetrics>
@@ -29,7 +30,7 @@ QString wholeUnits(const QString &figure)
 } // namespace
 
 KVMountedCellView::KVMountedCellView(const KVVolumeItem &volume)
-    : m_name(volume.name())
+    : m_name(KVDisplayText::singleLine(volume.name()))
     , m_unmountButtonVisible(hasUnmountButton(volume))
 {
     if (volume.type() == KVVolumeKind::DiskImage) {
@@ -92,7 +93,7 @@ void KVMountedCellView::paint(QPainter *painter, const QRect &row, const QFont &
     const QFont nameFont = KVSidebarStyle::font(font, 1.0, QFont::DemiBold);
     painter->setFont(nameFont);
     painter->setPen(state.selected ? QColor(Qt::white) : KVColors::kvWhiteText());
-    painter->drawText(parts.name, Qt::AlignLeft | Qt::AlignVCenter,
+    painter->drawText(parts.name, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                       QFontMetrics(nameFont).elidedText(m_name, Qt::ElideMiddle, parts.name.width()));
 
     if (m_size) {

@@ -32,7 +32,7 @@ QRect nameRect(const QRect &row, int left, int right)
 void drawElided(QPainter *painter, const QRect &rect, const QString &text, Qt::TextElideMode mode,
                 Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter)
 {
-    painter->drawText(rect, alignment, painter->fontMetrics().elidedText(text, mode, rect.width()));
+    painter->drawText(rect, alignment | Qt::TextSingleLine, painter->fontMetrics().elidedText(text, mode, rect.width()));
 }
 
 // A small chevron pointing right (closed) or down (open).

@@ -2,6 +2,7 @@
 
 #include "favourites/KVFavouriteItem.h"
 #include "KVFavouritesDrop.h"
+#include "model/KVDisplayText.h"
 
 #include <QMimeData>
 #include <QSize>
@@ -205,6 +206,14 @@ QVariant KVSidebarModel::data(const QModelIndex &index, int role) const
     const Node &node = found->node;
     switch (role) {
     case Qt::DisplayRole:
+        // What the row shows; editing starts from the name as it is stored.
+        if (const KVFavouriteFolderPtr *folder = std::get_if<KVFavouriteFolderPtr>(&node))
+            return KVDisplayText::singleLine((*folder)->name());
+        if (const KVFavouriteItemPtr *item = std::get_if<KVFavouriteItemPtr>(&node))
+            return KVDisplayText::singleLine((*item)->name());
+        if (const KVVolumeItemPtr *volume = std::get_if<KVVolumeItemPtr>(&node))
+            return KVDisplayText::singleLine((*volume)->name());
+        [[fallthrough]];
     case Qt::EditRole:
         if (const QString *section = std::get_if<QString>(&node))
             return *section == FavoritesSection ? tr("Favorites") : tr("Mounted");
@@ -219,7 +228,7 @@ QVariant KVSidebarModel::data(const QModelIndex &index, int role) const
         return tr("No volumes mounted");
     case Qt::ToolTipRole:
         if (const KVVolumeItemPtr *volume = std::get_if<KVVolumeItemPtr>(&node))
-            return (*volume)->mountPoint();
+            return KVDisplayText::shortened((*volume)->mountPoint(), KVDisplayText::MaximumPathLength);
         return {};
     case Qt::SizeHintRole:
         return QSize(-1, rowHeight(node));

@@ -11,6 +11,8 @@ class KVDisplayText
 public:
     // Names in menus, notifications and alerts are cut to this many characters.
     static constexpr qsizetype MaximumLength = 64;
+    // Paths keep more: their start and their last folder both say where they are.
+    static constexpr qsizetype MaximumPathLength = 120;
 
     // The text on one line: line breaks and tabs read as one space, other
     // control characters as U+FFFD (as Qt shows bytes that are not UTF-8), and
