@@ -14,13 +14,13 @@
 #include "disk/KVDisk.h"
 #include "diskimage/KVDiskImage.h"
 #include "favourites/KVFavouriteItem.h"
+#include "model/KVDisplayText.h"
 #include "platform/KVAppNotifications.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVUserDefaults.h"
 #include "platform/KVWorkspaceNotifications.h"
 #include "settings/KVPreferences.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -245,7 +245,7 @@ void KVAppDelegate::updateAddToFavouritePullDown()
     QMenu *menu = m_mainWindow->addToFavouritesMenu();
     menu->clear();
     for (const KVFavouriteFolderPtr &folder : m_favourites->favourites()) {
-        QAction *action = menu->addAction(folder->name());
+        QAction *action = menu->addAction(KVDisplayText::inMenu(folder->name()));
         connect(action, &QAction::triggered, this, [this, weakFolder = std::weak_ptr(folder)] {
             if (KVFavouriteFolderPtr target = weakFolder.lock())
                 addToFavourites(target);

@@ -2,6 +2,7 @@
 
 #include "KVUnmountController.h"
 #include "diskimage/KVDiskImage.h"
+#include "model/KVDisplayText.h"
 #include "platform/KVSystemLog.h"
 #include "settings/KVPreferences.h"
 
@@ -94,7 +95,7 @@ void KVAutoUnmountController::report(const Cue &cue)
         return;
     QStringList quoted;
     for (const QString &name : cue.unmounted)
-        quoted.append(tr("“%1”").arg(name));
+        quoted.append(tr("“%1”").arg(KVDisplayText::inSentence(name)));
     if (quoted.size() == 1)
         m_notify(tr("Volume unmounted"), tr("Korvelle unmounted %1 %2.").arg(quoted.constFirst(), because(cue.reason)));
     else if (quoted.size() > 1)
@@ -103,11 +104,11 @@ void KVAutoUnmountController::report(const Cue &cue)
                                               .arg(QLocale().createSeparatedList(quoted), because(cue.reason)));
     for (const auto &[name, processes] : cue.busy) {
         const QString users = QString(processes).replace(u'\n', QStringLiteral(", "));
-        m_notify(tr("“%1” is still mounted").arg(name),
+        m_notify(tr("“%1” is still mounted").arg(KVDisplayText::inSentence(name)),
                  users.isEmpty() ? tr("It is in use.") : tr("It is in use by %1.").arg(users));
     }
     for (const auto &[name, why] : cue.failed)
-        m_notify(tr("“%1” could not be unmounted").arg(name), why);
+        m_notify(tr("“%1” could not be unmounted").arg(KVDisplayText::inSentence(name)), why);
 }
 
 QString KVAutoUnmountController::because(Reason reason)

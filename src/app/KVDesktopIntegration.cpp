@@ -8,6 +8,7 @@
 #include "diskimage/KVDiskImage.h"
 #include "KVVolumeCommands.h"
 #include "disk/KVDisk.h"
+#include "model/KVDisplayText.h"
 #include "platform/KVDesktopNotifier.h"
 #include "platform/KVScreenLockMonitor.h"
 #include "platform/KVSleepMonitor.h"
@@ -45,7 +46,7 @@ KVDesktopIntegration::KVDesktopIntegration(KVVolumeCommands *commands, Buses bus
     });
     connect(commands->unmounts(), &KVUnmountController::quitUnmountFailed, this,
             [this](const QString &name, const KVAppError &error) {
-                notify(tr("“%1” could not be unmounted").arg(name),
+                notify(tr("“%1” could not be unmounted").arg(KVDisplayText::inSentence(name)),
                        tr("Korvelle quit and left it mounted: %1").arg(error.localizedDescription()));
             });
     connectTray(commands);
@@ -139,11 +140,11 @@ void KVDesktopIntegration::conversionEnded(const KVVolumeItemPtr &item)
     const bool forward = item->conversionDirectionForward();
     if (status == u"Complete" || status == u"NoConversion")
         notify(forward ? tr("Encryption finished") : tr("Decryption finished"),
-               forward ? tr("“%1” is now encrypted.").arg(item->name())
-                       : tr("“%1” is no longer encrypted.").arg(item->name()));
+               forward ? tr("“%1” is now encrypted.").arg(KVDisplayText::inSentence(item->name()))
+                       : tr("“%1” is no longer encrypted.").arg(KVDisplayText::inSentence(item->name())));
     else
         notify(forward ? tr("Encryption stopped") : tr("Decryption stopped"),
-               tr("The conversion of “%1” ended with the status “%2”.").arg(item->name(), status));
+               tr("The conversion of “%1” ended with the status “%2”.").arg(KVDisplayText::inSentence(item->name()), KVDisplayText::inSentence(status)));
 }
 
 void KVDesktopIntegration::connectTray(KVVolumeCommands *commands)

@@ -158,6 +158,7 @@ QWidget *KVDetailPaneView::createVolumeInfoView()
     m_mountPointInfo->setObjectName(QStringLiteral("mountPointInfo"));
     m_mountPointInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_mountPointInfo->setTextFormat(Qt::PlainText);
+    m_mountPointInfo->setWordWrap(true);
     m_locationOrStatusLabel = greyLabel();
     m_locationOrStatusLabel->setObjectName(QStringLiteral("locationOrStatusLabel"));
     m_locationOrStatusInfo = new QLabel;

@@ -3,6 +3,7 @@
 
 #include "KVImageMountSheetController.h"
 #include "favourites/KVFavouriteItem.h"
+#include "model/KVDisplayText.h"
 #include "KVMountSheet.h"
 #include "platform/KVSystemLog.h"
 
@@ -45,7 +46,7 @@ void KVFavouriteMountViewsController::setFavouriteItemToMount(const KVFavouriteI
         return;
     }
     m_favouriteItemToMount = item;
-    m_ui->heading->setText(tr("Enter Password for %1").arg(item->name()));
+    m_ui->heading->setText(tr("Enter Password for %1").arg(KVDisplayText::inSentence(item->name())));
 }
 
 void KVFavouriteMountViewsController::openSheet()

@@ -12,6 +12,7 @@
 #include "KVSidebarModel.h"
 #include "KVSidebarStyle.h"
 #include "controls/KVColors.h"
+#include "model/KVDisplayText.h"
 #include "platform/KVUserDefaults.h"
 
 #include <QCloseEvent>
@@ -383,7 +384,7 @@ void KVMainWindow::showQuitWaitingFor(const QStringList &volumeNames)
     }
     QStringList quoted;
     for (const QString &name : volumeNames)
-        quoted.append(tr("“%1”").arg(name));
+        quoted.append(tr("“%1”").arg(KVDisplayText::inSentence(name)));
     statusBar()->showMessage(tr("Quitting as soon as %1 can be unmounted…", nullptr, int(volumeNames.size()))
                                  .arg(QLocale().createSeparatedList(quoted)));
 }

@@ -2,6 +2,8 @@
 
 #include "ui_MountImageSheet.h"
 
+#include "model/KVDisplayText.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -20,8 +22,8 @@ void KVMountImageSheet::setImagePath(const QString &path)
 {
     m_imagePath = path;
     const QFileInfo image(path);
-    m_ui->heading->setText(tr("Enter Password for %1").arg(image.completeBaseName()));
-    const QString location = QDir::toNativeSeparators(image.absoluteFilePath());
+    m_ui->heading->setText(tr("Enter Password for %1").arg(KVDisplayText::inSentence(image.completeBaseName())));
+    const QString location = KVDisplayText::singleLine(QDir::toNativeSeparators(image.absoluteFilePath()));
     m_ui->imagePathLabel->setText(m_ui->imagePathLabel->fontMetrics().elidedText(
         location, Qt::ElideMiddle, m_ui->mountImagePassword->minimumWidth()));
     m_ui->imagePathLabel->setToolTip(location);

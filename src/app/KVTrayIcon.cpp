@@ -1,5 +1,7 @@
 #include "KVTrayIcon.h"
 
+#include "model/KVDisplayText.h"
+
 #include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
@@ -53,7 +55,7 @@ void KVTrayIcon::rebuildMenu()
     for (const KVVolumeItemPtr &item : std::as_const(m_volumes)) {
         const QString icon = item->type() == KVVolumeKind::Disk ? QStringLiteral(":/icons/DiskIcon.svg")
                                                                 : QStringLiteral(":/icons/DiskImageMountedIcon.svg");
-        QMenu *volumeMenu = m_menu->addMenu(QIcon(icon), item->name());
+        QMenu *volumeMenu = m_menu->addMenu(QIcon(icon), KVDisplayText::inMenu(item->name()));
         volumeMenu->setObjectName(QStringLiteral("trayVolumeMenu"));
         const std::weak_ptr<KVVolumeItem> weakItem = item;
         const auto send = [this, weakItem](void (KVTrayIcon::*request)(const KVVolumeItemPtr &)) {

@@ -89,3 +89,8 @@ QString KVDisplayText::inSentence(const QString &text, qsizetype maximumLength)
         return shown;
     return FirstStrongIsolate + shown + PopDirectionalIsolate;
 }
+
+QString KVDisplayText::inMenu(const QString &text)
+{
+    return inSentence(text).replace(u'&', QStringLiteral("&&"));
+}

@@ -26,4 +26,8 @@ public:
     // shortened(), for a name placed inside a sentence: a name written right to
     // left is isolated, so that it cannot move the sentence's own punctuation.
     static QString inSentence(const QString &text, qsizetype maximumLength = MaximumLength);
+
+    // inSentence(), as a menu item's title: an "&" stays an "&" and does not
+    // become a keyboard shortcut.
+    static QString inMenu(const QString &text);
 };

@@ -1,6 +1,7 @@
 #include "KVBookmark.h"
 
 #include "model/KVLocalization.h"
+#include "model/KVDisplayText.h"
 #include "tools/KVPropertyList.h"
 #include "tools/KVValue.h"
 
@@ -53,7 +54,7 @@ KVAppError noSuchFile(const QString &path)
 {
     return KVAppError(NSCocoaErrorDomain, NoSuchFileError, KVLocalization::tr("The file couldn’t be opened."),
                       KVLocalization::tr("The file “%1” couldn’t be opened because there is no such file.")
-                          .arg(QFileInfo(path).fileName()));
+                          .arg(KVDisplayText::inSentence(QFileInfo(path).fileName())));
 }
 
 // Breadth-first search of a folder tree for a file with the given identity,
@@ -183,5 +184,5 @@ KVOptionalError KVBookmark::checkReachable(const QString &path)
         return noSuchFile(path);
     return KVAppError(NSCocoaErrorDomain, error, KVLocalization::tr("The file couldn’t be opened."),
                       KVLocalization::tr("The file “%1” couldn’t be opened: %2.")
-                          .arg(QFileInfo(path).fileName(), QString::fromLocal8Bit(std::strerror(error))));
+                          .arg(KVDisplayText::inSentence(QFileInfo(path).fileName()), QString::fromLocal8Bit(std::strerror(error))));
 }

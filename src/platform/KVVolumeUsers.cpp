@@ -1,5 +1,7 @@
 #include "KVVolumeUsers.h"
 
+#include "model/KVDisplayText.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -90,6 +92,6 @@ QString KVVolumeUsers::describe(const QList<Process> &processes)
 {
     QStringList lines;
     for (const Process &process : processes)
-        lines.append(QStringLiteral("%1 (PID %2)").arg(process.name).arg(process.pid));
+        lines.append(QStringLiteral("%1 (PID %2)").arg(KVDisplayText::shortened(process.name)).arg(process.pid));
     return lines.join(u'\n');
 }

@@ -5,6 +5,7 @@
 #include "controls/KVColors.h"
 #include "controls/KVSizeValueTransformer.h"
 #include "diskimage/KVDiskImage.h"
+#include "model/KVDisplayText.h"
 #include "model/KVLocalization.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVSystemLog.h"
@@ -50,7 +51,7 @@ KVOptionalError removeExistingFile(const QString &path)
         error = std::make_error_code(std::errc::operation_not_permitted);
     return KVAppError(NSCocoaErrorDomain, error.value(),
                       KVLocalization::tr("The existing file \u201c%1\u201d couldn\u2019t be removed.")
-                          .arg(QFileInfo(path).fileName()),
+                          .arg(KVDisplayText::inSentence(QFileInfo(path).fileName())),
                       QString::fromStdString(error.message()));
 }
 

@@ -5,6 +5,7 @@
 #include "app/KVAlert.h"
 #include "controls/KVColors.h"
 #include "disk/KVDisk.h"
+#include "model/KVDisplayText.h"
 #include "model/KVLocalization.h"
 #include "platform/KVMainQueue.h"
 #include "platform/KVSystemLog.h"
@@ -52,7 +53,7 @@ KVEncryptDiskWizardController::KVEncryptDiskWizardController(QWidget *parent)
                            return item.diskIdentifier();
                        if (column == u"size")
                            return KVDiskTable::createSizeInfoFromVolumeItem(item);
-                       return item.name();
+                       return KVDisplayText::singleLine(item.name());
                    },
                    m_ui->progressUpdateDisks);
     m_ui->diskListTableView->setColumnWidth(0, 110);

@@ -4,6 +4,7 @@
 
 #include "app/KVAlert.h"
 #include "disk/KVDisk.h"
+#include "model/KVDisplayText.h"
 #include "wizards/KVDiskTable.h"
 #include "wizards/KVSlidingSteps.h"
 
@@ -23,7 +24,7 @@ KVMountDiskController::KVMountDiskController(QWidget *parent)
                     {QStringLiteral("status"), tr("Status")}},
                    [](const KVVolumeItem &item, const QString &column) {
                        if (column == u"diskName")
-                           return item.name();
+                           return KVDisplayText::singleLine(item.name());
                        if (column == u"size")
                            return KVDiskTable::createSizeInfoFromVolumeItem(item);
                        return statusText(item);
