@@ -3,6 +3,7 @@
 #include "KVActionMenuView.h"
 #include "controls/KVColors.h"
 #include "controls/KVCustomProgressIndicatorView.h"
+#include "controls/KVElidedLabel.h"
 #include "controls/KVPopover.h"
 #include "model/KVDisplayText.h"
 
@@ -32,9 +33,11 @@ QString byteCount(qint64 bytes)
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
-QLabel *greyLabel(const QString &text = QString())
+template<typename Label = QLabel>
+Label *greyLabel(const QString &text = QString())
 {
-    auto *label = new QLabel(text);
+    auto *label = new Label;
+    label->setText(text);
     QPalette colours = label->palette();
     colours.setColor(QPalette::WindowText, KVColors::kvDarkGrey());
     label->setPalette(colours);
@@ -154,18 +157,14 @@ QWidget *KVDetailPaneView::createVolumeInfoView()
     rename->setToolTip(tr("Rename"));
     connect(rename, &QToolButton::clicked, this, &KVDetailPaneView::beginRenaming);
 
-    m_mountPointInfo = greyLabel();
+    m_mountPointInfo = greyLabel<KVElidedLabel>();
     m_mountPointInfo->setObjectName(QStringLiteral("mountPointInfo"));
     m_mountPointInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_mountPointInfo->setTextFormat(Qt::PlainText);
-    m_mountPointInfo->setWordWrap(true);
     m_locationOrStatusLabel = greyLabel();
     m_locationOrStatusLabel->setObjectName(QStringLiteral("locationOrStatusLabel"));
-    m_locationOrStatusInfo = new QLabel;
+    m_locationOrStatusInfo = new KVElidedLabel;
     m_locationOrStatusInfo->setObjectName(QStringLiteral("locationOrStatusInfo"));
     m_locationOrStatusInfo->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_locationOrStatusInfo->setTextFormat(Qt::PlainText);
-    m_locationOrStatusInfo->setWordWrap(true);
 
     m_spaceBar = new KVCustomProgressIndicatorView;
     m_spaceBar->setObjectName(QStringLiteral("spaceProgressBar"));
@@ -251,20 +250,18 @@ void KVDetailPaneView::showVolume(const KVVolumeItem &volume)
     m_shownName = KVDisplayText::singleLine(volume.name());
     if (!m_renaming)
         showName();
-    const auto shownPath = [](const QString &path) {
-        return KVDisplayText::shortened(abbreviatingHome(path), KVDisplayText::MaximumPathLength);
-    };
-    m_mountPointInfo->setText(shownPath(volume.mountPoint()));
+    const auto shownPath = [](const QString &path) { return KVDisplayText::singleLine(abbreviatingHome(path)); };
+    m_mountPointInfo->setFullText(shownPath(volume.mountPoint()));
 
     const KVVolumeKind kind = volume.type();
     if (kind == KVVolumeKind::DiskImage) {
         m_image->setPixmap(QIcon(QStringLiteral(":/icons/DiskImageMountedIconLarge.svg")).pixmap(LargeIconSize, LargeIconSize));
         m_locationOrStatusLabel->setText(tr("Location:"));
-        m_locationOrStatusInfo->setText(shownPath(volume.location()));
+        m_locationOrStatusInfo->setFullText(shownPath(volume.location()));
     } else if (kind == KVVolumeKind::Disk) {
         m_image->setPixmap(QIcon(QStringLiteral(":/icons/DiskIconLarge.svg")).pixmap(LargeIconSize, LargeIconSize));
         m_locationOrStatusLabel->setText(tr("Status:"));
-        m_locationOrStatusInfo->setText(KVDisplayText::shortened(volume.statusVisible()));
+        m_locationOrStatusInfo->setFullText(KVDisplayText::singleLine(volume.statusVisible()));
     }
     m_actionMenu->showCommandsFor(kind);
 

@@ -8,6 +8,7 @@
 
 class KVActionMenuView;
 class KVCustomProgressIndicatorView;
+class KVElidedLabel;
 class KVPopover;
 class QFrame;
 class QLabel;
@@ -69,9 +70,9 @@ private:
     QWidget *m_volumeInfoView = nullptr;
     QLabel *m_image = nullptr;
     QLineEdit *m_volumeName = nullptr;
-    QLabel *m_mountPointInfo = nullptr;
+    KVElidedLabel *m_mountPointInfo = nullptr;
     QLabel *m_locationOrStatusLabel = nullptr;
-    QLabel *m_locationOrStatusInfo = nullptr;
+    KVElidedLabel *m_locationOrStatusInfo = nullptr;
     KVCustomProgressIndicatorView *m_spaceBar = nullptr;
     QLabel *m_spaceInfo = nullptr;
     QPushButton *m_revealButton = nullptr;

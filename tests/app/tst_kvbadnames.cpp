@@ -6,6 +6,7 @@
 #include "app/KVOutlineView.h"
 #include "app/KVSidebarModel.h"
 #include "app/KVTrayIcon.h"
+#include "controls/KVElidedLabel.h"
 #include "model/KVDisplayText.h"
 #include "platform/KVBookmark.h"
 
@@ -116,10 +117,12 @@ private Q_SLOTS:
         QVERIFY(isSafeLine(title->text()));
         QVERIFY(title->fontMetrics().horizontalAdvance(title->text()) <= title->contentsRect().width());
         for (const char *label : {"mountPointInfo", "locationOrStatusInfo"}) {
-            auto *shown = outlet<QLabel>(&window, label);
+            auto *shown = outlet<KVElidedLabel>(&window, label);
             QVERIFY2(isSafeLine(shown->text()), label);
             QCOMPARE(shown->textFormat(), Qt::PlainText);
-            QVERIFY2(shown->minimumSizeHint().width() < window.width(), label);
+            QVERIFY2(shown->fontMetrics().horizontalAdvance(shown->text()) <= shown->contentsRect().width(), label);
+            // Cut in the middle: where it ends is still shown.
+            QCOMPARE(shown->text().right(5), shown->fullText().right(5));
         }
         QVERIFY(window.minimumSizeHint().width() <= 900);
 

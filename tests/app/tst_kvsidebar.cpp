@@ -438,7 +438,10 @@ private Q_SLOTS:
         QTest::keyClick(field, Qt::Key_Return);
         QTRY_COMPARE(savedFavourites(), (QStringList{"Home: Tax Returns, Family Photos", "Clients & Co: Clients"}));
         QCOMPARE(controller.folder(1).data().toString(), QStringLiteral("Clients & Co"));
+        // The menu reads "Clients & Co": the "&" is doubled so that it is not taken for a shortcut.
         QCOMPARE(controller.delegate->mainWindow()->addToFavouritesMenu()->actions().at(1)->text(),
+                 QStringLiteral("Clients && Co"));
+        QCOMPARE(controller.delegate->mainWindow()->addToFavouritesMenu()->actions().at(1)->iconText(),
                  QStringLiteral("Clients & Co"));
 
         // Escape leaves the name as it was.
