@@ -6,6 +6,9 @@
 #include <QPointer>
 #include <QSettings>
 
+#include <cmath>
+#include <optional>
+
 KVUserDefaults &KVUserDefaults::standard()
 {
     // Lives as long as the application object.
@@ -41,16 +44,42 @@ QVariant KVUserDefaults::object(const QString &key) const
     return stored.isValid() ? stored : m_registered.value(key);
 }
 
+namespace {
+
+// An INI file gives every value back as text: "true"/"false" and numbers come
+// back as strings. Anything else (a word, a list, a group) is not a switch.
+std::optional<bool> asBool(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool();
+    const QString text = value.typeId() == QMetaType::QString ? value.toString().trimmed() : QString();
+    if (text.compare(u"true", Qt::CaseInsensitive) == 0)
+        return true;
+    if (text.compare(u"false", Qt::CaseInsensitive) == 0)
+        return false;
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    if (isNumber && std::isfinite(number))
+        return number != 0;
+    return std::nullopt;
+}
+
+} // namespace
+
+// A value of the wrong type in the settings file (edited by hand, or left by
+// another version) reads as the registered default, never as "on".
 bool KVUserDefaults::boolForKey(const QString &key) const
 {
-    // An INI file gives every value back as text: "true"/"false" come back
-    // as strings, which QVariant converts.
-    return object(key).toBool();
+    if (const std::optional<bool> stored = asBool(m_settings->value(key)))
+        return *stored;
+    return m_registered.value(key).toBool();
 }
 
 double KVUserDefaults::doubleForKey(const QString &key) const
 {
-    return object(key).toDouble();
+    bool isNumber = false;
+    const double stored = m_settings->value(key).toDouble(&isNumber);
+    return isNumber && std::isfinite(stored) ? stored : m_registered.value(key).toDouble();
 }
 
 QByteArray KVUserDefaults::dataForKey(const QString &key) const

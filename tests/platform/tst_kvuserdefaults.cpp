@@ -45,6 +45,40 @@ private Q_SLOTS:
         QVERIFY(!raw.readAll().contains("showWelcomeHelp"));
     }
 
+    // Values as a settings file edited by hand may hold them.
+    void wrongTypesReadAsTheDefault_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<bool>("switchOn");
+        QTest::addColumn<double>("multiplier");
+
+        QTest::newRow("true and a number") << QByteArray("KVForceUnmount=true\nm=0.5") << true << 0.5;
+        QTest::newRow("FALSE and an integer") << QByteArray("KVForceUnmount=FALSE\nm=2") << false << 2.0;
+        QTest::newRow("a number as a switch") << QByteArray("KVForceUnmount=0\nm=1") << false << 1.0;
+        QTest::newRow("a word") << QByteArray("KVForceUnmount=banana\nm=fast") << false << 1.5;
+        QTest::newRow("a list") << QByteArray("KVForceUnmount=a, b\nm=1, 2") << false << 1.5;
+        QTest::newRow("empty") << QByteArray("KVForceUnmount=\nm=") << false << 1.5;
+        QTest::newRow("not a finite number") << QByteArray("KVForceUnmount=nan\nm=inf") << false << 1.5;
+        QTest::newRow("a group") << QByteArray("[KVForceUnmount]\nx=1\n[m]\ny=2") << false << 1.5;
+    }
+
+    void wrongTypesReadAsTheDefault()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, switchOn);
+        QFETCH(double, multiplier);
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("defaults.conf"));
+        QFile raw(file);
+        QVERIFY(raw.open(QIODevice::WriteOnly));
+        raw.write(line.startsWith('[') ? line : "[General]\n" + line + "\n");
+        raw.close();
+        KVUserDefaults defaults(file);
+        defaults.registerDefaults({{QStringLiteral("KVForceUnmount"), false}, {QStringLiteral("m"), 1.5}});
+        QCOMPARE(defaults.boolForKey(QStringLiteral("KVForceUnmount")), switchOn);
+        QCOMPARE(defaults.doubleForKey(QStringLiteral("m")), multiplier);
+    }
+
     void everyReadAsksTheStore()
     {
         QTemporaryDir dir;
