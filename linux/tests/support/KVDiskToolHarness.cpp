@@ -215,21 +215,30 @@ void KVDiskToolHarness::cleanUp() const
 {
     if (m_root.isEmpty())
         return;
-    QProcess::execute(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral(
-        "R='%1'; ROOT='%2';"
-        "for l in $(losetup -n -O NAME,BACK-FILE | awk -v r=\"$R\" 'index($2, r) == 1 {print $1}'); do"
-        "  for m in $(awk -v l=\" $l \" 'index($0, \" - ext4\" l) {print $5}' /proc/self/mountinfo); do"
-        "    m=$(printf '%b' \"$m\"); umount -l \"$m\"; rmdir \"$m\"; done; done;"
-        "for m in $(awk -v d=/dev/%3p '{s = \"\"; for (i = 7; i < NF; i++) if ($i == \"-\") s = $(i + 2);"
-        "  if (index(s, d) == 1) print $5}' /proc/self/mountinfo); do"
-        "  m=$(printf '%b' \"$m\"); umount -l \"$m\"; rmdir \"$m\"; done;"
-        "for p in $(grep -la \"XDG_RUNTIME_DIR=$R\" /proc/[0-9]*/environ 2>/dev/null | cut -d/ -f3); do"
-        "  [ $p = $$ ] || kill -9 $p 2>/dev/null; done; sleep 0.2;"
-        "detach() { for l in $(losetup -n -O NAME,BACK-FILE | awk -v r=\"$ROOT\" 'index($2, r) == 1 {print $1}'); do"
-        "  losetup -d $l; done; };"
-        "losetup -d /dev/%3 2>/dev/null; detach;"
-        "for m in $(awk '{print $5}' /proc/self/mountinfo | grep \"^$ROOT/\" | sort -r); do umount -l \"$m\"; done;"
-        "detach; true").arg(runtimeDirectory(), m_root, m_loop)});
+    // mountinfo writes a blank as "\040"; awk decodes it, since printf %b
+    // would read "Data\0401" as one octal number.
+    QProcess::execute(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QString::fromLatin1(R"(
+        R='%1'; ROOT='%2'; DISK='/dev/%3'
+        unmount_from() {
+            awk -v d="$1" -v exact="$2" '{s = ""; for (i = 7; i < NF; i++) if ($i == "-") s = $(i + 2);
+                p = $5; gsub(/\\040/, " ", p); if (exact ? s == d : index(s, d) == 1) print p}' /proc/self/mountinfo |
+            while IFS= read -r m; do umount -l "$m"; rmdir "$m" 2>/dev/null; done
+        }
+        for l in $(losetup -n -O NAME,BACK-FILE | awk -v r="$R" 'index($2, r) == 1 {print $1}'); do
+            unmount_from "$l" 1; done
+        unmount_from "${DISK}p" ""
+        for p in $(grep -la "XDG_RUNTIME_DIR=$R" /proc/[0-9]*/environ 2>/dev/null | cut -d/ -f3); do
+            [ $p = $$ ] || kill -9 $p 2>/dev/null; done
+        sleep 0.2
+        # A converter may have mounted its volume between the first look and its end.
+        unmount_from "${DISK}p" ""
+        detach() {
+            for l in $(losetup -n -O NAME,BACK-FILE | awk -v r="$ROOT" 'index($2, r) == 1 {print $1}'); do
+                losetup -d $l; done
+        }
+        losetup -d $DISK 2>/dev/null; detach
+        for m in $(awk '{print $5}' /proc/self/mountinfo | grep "^$ROOT/" | sort -r); do umount -l "$m"; done
+        detach; true)").arg(runtimeDirectory(), m_root, m_loop)});
 }
 
 } // namespace kvlinux
