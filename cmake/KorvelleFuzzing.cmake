@@ -1,7 +1,15 @@
 # Fuzzing with libFuzzer: configure a build of its own with clang and
-# -DKORVELLE_FUZZ=ON (scripts/fuzz does this). Everything in that build is
-# instrumented for coverage and checked by AddressSanitizer and
-# UndefinedBehaviorSanitizer; the fuzz targets also get libFuzzer's main.
+# -DKORVELLE_FUZZ=ON (scripts/build-sanitized does this). Everything in that
+# build is instrumented for coverage and checked by AddressSanitizer (leaks
+# included) and UndefinedBehaviorSanitizer, so that the same build runs the
+# tests under the sanitizers and the fuzz targets, which also get libFuzzer's
+# main. Any finding ends the test or the fuzz run that made it.
+#
+# KORVELLE_CORE_ONLY leaves out the widgets and everything that runs the Linux
+# programs on real images as root: what stays is the core library, the Linux
+# programs' libraries, their tests and the fuzz targets with their corpus
+# replays, the parts that read what comes from outside, built and run in a
+# fraction of the time of the whole.
 #
 # kv_add_fuzzer(<name> SOURCES <files...> [LIBRARIES <targets...>] CORPUS <dir>)
 #
@@ -10,6 +18,7 @@
 # Ordinary builds do not define the function: the corpus replay tests that sit
 # beside each target check `if(COMMAND kv_add_fuzzer)`.
 option(KORVELLE_FUZZ "Build the libFuzzer targets (clang only), with ASan and UBSan" OFF)
+option(KORVELLE_CORE_ONLY "Build only the libraries, the tests that need no root or widgets, and the fuzz targets" OFF)
 
 if(KORVELLE_FUZZ)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
