@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Fffd(QChar(QChar::ReplacementCharacter));
+const QString Fffd{QChar(QChar::ReplacementCharacter)};
 
 // How many characters the user counts in `text`.
 qsizetype graphemes(const QString &text)
